@@ -1,0 +1,32 @@
+#pragma once
+
+#include <memory>
+
+namespace korvo {
+
+class Clock;
+class Screens;
+class StatusItem;
+class SystemLog;
+class UserDefaults;
+
+/// Everything the program wants of the system it runs on. The build picks one implementation; tests bring their own.
+class Platform {
+public:
+    virtual ~Platform() = default;
+
+    virtual Clock &clock() = 0;
+    virtual SystemLog &systemLog() = 0;
+    virtual UserDefaults &userDefaults() = 0;
+    virtual Screens &screens() = 0;
+    virtual std::unique_ptr<StatusItem> makeStatusItem() = 0;
+
+    /// Calls `handler` on whatever thread receives one of the signals SIGTERM, SIGINT and SIGABRT, with its number; the
+    /// program then goes on where the system lets it.
+    virtual void setSignalHandler(void (*handler)(int signal)) = 0;
+
+    /// The implementation of this build. Needs no application object yet.
+    static std::unique_ptr<Platform> create();
+};
+
+} // namespace korvo

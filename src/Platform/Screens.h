@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QList>
+#include <QRectF>
+
+namespace korvo {
+
+/// One screen of the desktop, in logical pixels.
+struct Screen {
+    QRectF geometry;
+    double topSafeAreaInset = 0; ///< Height of the strip beside a camera housing; 0 where there is none.
+
+    bool operator==(const Screen &) const = default;
+};
+
+/// The screens that the desktop has at the moment.
+class Screens {
+public:
+    virtual ~Screens() = default;
+
+    /// All screens, the one that holds the desktop's bar first; empty if there is none.
+    virtual QList<Screen> screens() const = 0;
+};
+
+} // namespace korvo

@@ -1,0 +1,1 @@
+#include "Platform/StatusItem.h" // For its meta-object code.

@@ -1,0 +1,1 @@
+#include "Utilities/DiagnosticLogger.h"

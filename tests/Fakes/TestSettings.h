@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Fakes/FakeUserDefaults.h"
+#include "Models/AppSettings.h"
+
+namespace korvo {
+
+/// Settings of one test, over a store in memory.
+class TestSettings {
+public:
+    /// Settings as a user has them who has set up everything for the sample workspace's property names.
+    static void configure(AppSettings &settings)
+    {
+        settings.setApiKey(QStringLiteral("ntn_test"));
+        settings.setTimeTrackerDBId(QStringLiteral("tracker"));
+        settings.setTasksDBId(QStringLiteral("tasks"));
+        settings.setFieldMapping({.ttTaskRelation = QStringLiteral("Task"),
+                                  .ttStartTime = QStringLiteral("Start"),
+                                  .ttEndTime = QStringLiteral("End"),
+                                  .ttStatus = QStringLiteral("Status"),
+                                  .ttStatusRunning = QStringLiteral("Running"),
+                                  .ttStatusStopped = QStringLiteral("Stopped"),
+                                  .taskName = QStringLiteral("Name"),
+                                  .taskDate = QStringLiteral("Date"),
+                                  .taskTimerStatus = QStringLiteral("Timer"),
+                                  .taskTimerStatusRunning = QStringLiteral("Running"),
+                                  .taskTimerStatusStopped = QStringLiteral("Stopped"),
+                                  .taskProjectRelation = QStringLiteral("Project"),
+                                  .projectClientRelation = QStringLiteral("Client"),
+                                  .taskTotalTimeRollup = QStringLiteral("Total minutes")});
+    }
+
+    FakeUserDefaults defaults;
+    AppSettings settings{defaults};
+};
+
+} // namespace korvo
