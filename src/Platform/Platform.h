@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 #include <memory>
 
 namespace korvo {
@@ -25,8 +27,9 @@ public:
     /// program then goes on where the system lets it.
     virtual void setSignalHandler(void (*handler)(int signal)) = 0;
 
-    /// The implementation of this build. Needs no application object yet.
-    static std::unique_ptr<Platform> create();
+    /// The implementation of this build. To be called before there is an application object, since it also chooses the
+    /// window system. The settings stand in `defaultsFile`, or where the system keeps them if that is empty.
+    static std::unique_ptr<Platform> create(const QString &defaultsFile = {});
 };
 
 } // namespace korvo

@@ -12,8 +12,7 @@ namespace korvo {
 
 /// One result on its way to one coroutine: whoever has it calls `complete`, the coroutine says `co_await`. Copies share
 /// the result. The coroutine goes on in a later turn of the event loop, never inside `complete`.
-template <typename T>
-class Completion {
+template <typename T> class Completion {
 public:
     /// Delivers the value. Only the first call counts.
     void complete(T value) const

@@ -7,8 +7,7 @@
 namespace korvo {
 
 /// What an operation gives that can fail: its value, or the error of its layer.
-template <typename T, typename E>
-class Result {
+template <typename T, typename E> class Result {
 public:
     Result(T value) : m_content(std::in_place_index<0>, std::move(value)) { }
     Result(E error) : m_content(std::in_place_index<1>, std::move(error)) { }

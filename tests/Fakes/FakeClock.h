@@ -52,8 +52,8 @@ public:
         return int(m_sleepers.size());
     }
 
-    QList<Wait> waits;         ///< Each wait that was asked for, in order.
-    bool isInstant = false;    ///< Every wait ends at once, as if its time had passed.
+    QList<Wait> waits; ///< Each wait that was asked for, in order.
+    bool isInstant = false; ///< Every wait ends at once, as if its time had passed.
 
 private:
     struct Sleeper {

@@ -32,8 +32,7 @@ public:
     QList<QList<std::pair<QString, Value>>> writes;
 
 private:
-    template <typename T>
-    std::optional<T> get(const QString &key) const
+    template <typename T> std::optional<T> get(const QString &key) const
     {
         const auto found = values.find(key);
         if (found == values.end() || !std::holds_alternative<T>(*found))

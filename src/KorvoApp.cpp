@@ -1,0 +1,50 @@
+#include "KorvoApp.h"
+
+#include "Platform/Platform.h"
+#include "Platform/UserDefaults.h"
+#include "Utilities/Clock.h"
+#include "Utilities/DiagnosticLogger.h"
+#include "Utilities/Spawn.h"
+
+namespace korvo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr int endMilliseconds = 2000; // Enough for every stopped coroutine; a hung system call is not waited for.
+}
+
+KorvoApp::Shared::Shared(Platform &platform)
+{
+    Clock::setShared(&platform.clock());
+    UserDefaults::setStandard(&platform.userDefaults());
+    Log::setSystemLog(&platform.systemLog());
+}
+
+KorvoApp::Shared::~Shared()
+{
+    Log::setSystemLog(nullptr);
+}
+
+KorvoApp::KorvoApp(int &argc, char **argv, Platform &platform) : m_shared(platform), m_application(argc, argv)
+{
+    QApplication::setApplicationName(u"Korvo"_s);
+    QApplication::setApplicationDisplayName(u"Korvo"_s);
+    QApplication::setDesktopFileName(u"com.korvo.app"_s);
+    m_delegate = std::make_unique<AppDelegate>(platform);
+    QApplication::setQuitOnLastWindowClosed(m_delegate->applicationShouldTerminateAfterLastWindowClosed());
+    QObject::connect(&m_application, &QCoreApplication::aboutToQuit, m_delegate.get(),
+                     &AppDelegate::applicationWillTerminate);
+}
+
+KorvoApp::~KorvoApp() = default;
+
+int KorvoApp::exec()
+{
+    m_delegate->applicationDidFinishLaunching();
+    const int status = QApplication::exec();
+    finishSpawned(endMilliseconds);
+    return status;
+}
+
+} // namespace korvo

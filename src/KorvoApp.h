@@ -1,0 +1,36 @@
+#pragma once
+
+#include "AppDelegate.h"
+
+#include <QApplication>
+
+#include <memory>
+
+namespace korvo {
+
+class Platform;
+
+/// The application: gives the process its clock, store and log, and hands control to the `AppDelegate`.
+class KorvoApp {
+public:
+    /// The platform must outlive it.
+    KorvoApp(int &argc, char **argv, Platform &platform);
+    ~KorvoApp();
+
+    /// Launches, runs until somebody quits, and takes everything down. Gives the exit status.
+    int exec();
+
+    AppDelegate &delegate() { return *m_delegate; }
+
+private:
+    struct Shared {
+        explicit Shared(Platform &platform);
+        ~Shared();
+    };
+
+    Shared m_shared;
+    QApplication m_application;
+    std::unique_ptr<AppDelegate> m_delegate;
+};
+
+} // namespace korvo
