@@ -1,0 +1,84 @@
+#!/usr/bin/python3
+"""compare.py BUILD_FOLDER [--quick] - what Korvo costs beside a bare tray program, as a table.
+
+Runs inside a headless desktop. Two runs of the floor program stand around those of Korvo; where the two differ by more
+than 10 % in what is compared, the machine was too busy to judge, and the table says so. Only ratios are judged.
+"""
+import json
+import os
+import subprocess
+import sys
+import tempfile
+import time
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+BUILD = os.path.abspath(sys.argv[1])
+QUICK = "--quick" in sys.argv
+RUNS, SETTLE, IDLE = ("2", "8", "10") if QUICK else ("7", "20", "60")
+
+
+def measure(name, *command):
+    print(f"  measuring {name} …", file=sys.stderr, flush=True)
+    out = subprocess.run([sys.executable, os.path.join(HERE, "measure_tray.py"), "--name", name, "--runs", RUNS, "--settle", SETTLE,
+                          "--idle", IDLE, "--no-show", "--kill", "--", *command], capture_output=True, text=True, check=False)
+    try:
+        result = json.loads(out.stdout)
+    except ValueError:
+        sys.exit(f"{name}: {out.stdout}{out.stderr}")
+    if "error" in result:
+        sys.exit(f"{name}: {result['error']}")
+    return result
+
+
+class Workspace:
+    """A sample workspace in a process of its own, with or without a running timer."""
+
+    def __init__(self, *options):
+        self.process = subprocess.Popen([os.path.join(BUILD, "sandbox/korvo-sandbox"), *options], stdout=subprocess.PIPE, text=True)
+        self.file = tempfile.NamedTemporaryFile("w", suffix=".json")
+        self.file.write(self.process.stdout.readline())
+        self.file.flush()
+
+    def __exit__(self, *_):
+        self.process.terminate()
+        self.process.wait()
+
+    def __enter__(self):
+        return self.file.name
+
+
+def korvo(workspace):
+    return [os.path.join(BUILD, "demo/korvo-attach"), workspace]
+
+
+FIGURES = [
+    ("start to a registered item, ms", lambda r: r["start"]["median"]),
+    ("proportional memory, MB", lambda r: r["memory"]["pss_mb"]),
+    ("anonymous memory, MB", lambda r: r["memory"]["pss_anon_mb"]),
+    ("CPU of the program, ms a minute", lambda r: r["idle"]["cpu_ms_per_min"]),
+    ("wake-ups of the program, a second", lambda r: r["idle"]["voluntary_switches_per_s"]),
+    ("CPU of the desktop, ms a minute", lambda r: r["idle"]["desktop_cpu_ms_per_min"]),
+]
+GOALS = [1.5, 1.25, 1.5, 1.0, 1.0, 0.5]  # Of the floor, with a timer running.
+
+
+def main():
+    floor = os.path.join(BUILD, "bench/korvo-floor")
+    first = measure("floor", floor)
+    with Workspace() as workspace:
+        running = measure("Korvo, timer running", *korvo(workspace))
+    with Workspace("--no-timer") as workspace:
+        resting = measure("Korvo, no timer", *korvo(workspace))
+    second = measure("floor again", floor)
+    nothing = measure("nothing in the tray moves", floor, "--no-tick")
+
+    print(f"{'':36}{'floor':>9}{'again':>9}{'Korvo':>9}{'ratio':>8}{'goal':>7}{'no timer':>10}{'still floor':>13}")
+    for (name, get), goal in zip(FIGURES, GOALS):
+        a, b, k, r, n = get(first), get(second), get(running), get(resting), get(nothing)
+        base = (a + b) / 2
+        noisy = "  the two floors differ by over 10 %" if abs(a - b) > 0.1 * max(a, b, 0.1) else ""
+        print(f"{name:36}{a:9.1f}{b:9.1f}{k:9.1f}{k / max(base, 0.01):8.2f}{goal:7.2f}{r:10.1f}{n:13.1f}{noisy}")
+    print("no timer, goal: 10 ms of CPU a minute, 1.2 wake-ups a second, and the desktop as beside the still floor")
+
+
+main()
