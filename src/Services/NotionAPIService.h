@@ -51,8 +51,7 @@ public:
         using Case
             = std::variant<RateLimited, ServerError, NetworkError, Unauthorized, NotFound, InvalidResponse, NoAPIKey>;
 
-        template <typename C>
-        APIError(C which) : m_case(std::move(which)) { }
+        template <typename C> APIError(C which) : m_case(std::move(which)) { }
 
         const Case &which() const { return m_case; }
         QString errorDescription() const;
@@ -62,8 +61,7 @@ public:
         Case m_case;
     };
 
-    template <typename T>
-    using Result = korvo::Result<T, APIError>;
+    template <typename T> using Result = korvo::Result<T, APIError>;
 
     /// All three must outlive it.
     explicit NotionAPIService(HttpTransport &transport = HttpTransport::shared(),
@@ -92,6 +90,9 @@ public:
     QCoro::Task<Result<QJsonObject>> getMe(std::stop_token stop = {});
 
 private:
+    QCoro::Task<Result<QJsonObject>> execute(const QByteArray &method, const QString &path,
+                                             const std::optional<QJsonObject> &body, std::stop_token stop);
+
     HttpTransport &m_transport;
     const AppSettings &m_settings;
     Clock &m_clock;
