@@ -90,6 +90,9 @@ public:
     QCoro::Task<Result<QJsonObject>> getMe(std::stop_token stop = {});
 
 private:
+    QCoro::Task<Result<QJsonObject>> execute(const QByteArray &method, const QString &path,
+                                             const std::optional<QJsonObject> &body, std::stop_token stop);
+
     HttpTransport &m_transport;
     const AppSettings &m_settings;
     Clock &m_clock;
