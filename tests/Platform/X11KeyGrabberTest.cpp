@@ -10,6 +10,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <cstdlib>
 #include <memory>
 
 // A field of the header is called so.
@@ -120,6 +121,8 @@ void X11KeyGrabberTest::init()
 
 void X11KeyGrabberTest::cleanup()
 {
+    if (QTest::currentTestFailed())
+        releaseKeys(u"super+shift+n"_s); // It may have stopped while it held them.
     setDetectableRepeat(true);
     m_other->lock(xmod::none);
     m_presses.reset();

@@ -56,7 +56,7 @@ private slots:
     void aBindingOfTheDisplayFollowsTheSettings();
 
 private:
-    std::function<void()> count() // NOLINT: a callback that counts its calls
+    std::function<void()> count()
     {
         return [this] { ++m_presses; };
     }

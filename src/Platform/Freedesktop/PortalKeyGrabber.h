@@ -35,12 +35,11 @@ public:
     /// A shortcut as portals spell it, as in "LOGO+SHIFT+n"; empty without a keysym.
     static QString trigger(quint32 modifiers, const QString &keysym);
 
-private slots:
-    void handleActivated(const QDBusObjectPath &session, const QString &id, qulonglong timestamp,
-                         const QVariantMap &options);
-    void handleClosed();
-
 private:
+    Q_SLOT void handleActivated(const QDBusObjectPath &session, const QString &id, qulonglong timestamp,
+                                const QVariantMap &options);
+    Q_SLOT void handleClosed();
+
     using Answer = void (PortalKeyGrabber::*)(uint code, const QVariantMap &results);
 
     void createSession();

@@ -40,10 +40,8 @@ signals:
     /// There is no portal, or it knows no such question.
     void failed();
 
-private slots:
-    void handleResponse(uint code, const QVariantMap &results);
-
 private:
+    Q_SLOT void handleResponse(uint code, const QVariantMap &results);
     void fail();
 
     QDBusConnection m_bus;

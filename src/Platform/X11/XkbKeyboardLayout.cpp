@@ -5,6 +5,8 @@
 #include "Platform/X11/X11Connection.h"
 #include "Platform/X11/XkbKeymap.h"
 
+#include <utility>
+
 namespace korvo {
 
 namespace {
