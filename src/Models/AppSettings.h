@@ -117,16 +117,22 @@ private:
     Q_OBJECT_BINDABLE_PROPERTY(AppSettings, QString, m_timeTrackerDBId, &AppSettings::timeTrackerDBIdChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppSettings, QString, m_tasksDBId, &AppSettings::tasksDBIdChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppSettings, FieldMapping, m_fieldMapping, &AppSettings::fieldMappingChanged)
-    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, double, m_pollIntervalActive, 30.0, &AppSettings::pollIntervalActiveChanged)
-    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, double, m_pollIntervalIdle, 60.0, &AppSettings::pollIntervalIdleChanged)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, double, m_pollIntervalActive, 30.0,
+                                         &AppSettings::pollIntervalActiveChanged)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, double, m_pollIntervalIdle, 60.0,
+                                         &AppSettings::pollIntervalIdleChanged)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, bool, m_launchAtLogin, false, &AppSettings::launchAtLoginChanged)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, double, m_reminderHours, 8.0, &AppSettings::reminderHoursChanged)
-    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, bool, m_reminderEnabled, false, &AppSettings::reminderEnabledChanged)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, bool, m_reminderEnabled, false,
+                                         &AppSettings::reminderEnabledChanged)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, bool, m_useNotchUI, false, &AppSettings::useNotchUIChanged)
-    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, quint32, m_quickAddKeyCode, 45, &AppSettings::quickAddKeyCodeChanged)
-    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, quint32, m_quickAddModifiers, 768, &AppSettings::quickAddModifiersChanged)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, quint32, m_quickAddKeyCode, 45,
+                                         &AppSettings::quickAddKeyCodeChanged)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, quint32, m_quickAddModifiers, 768,
+                                         &AppSettings::quickAddModifiersChanged)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, bool, m_showDockIcon, true, &AppSettings::showDockIconChanged)
     QProperty<bool> m_isConfigured;
+    bool m_isTellingOfMapping = false;
 };
 
 } // namespace korvo
