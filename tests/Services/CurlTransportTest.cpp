@@ -4,7 +4,6 @@
 #include "Fakes/RawHttpServer.h"
 #include "Fakes/TestAuthority.h"
 
-#include <QElapsedTimer>
 #include <QSemaphore>
 #include <QTest>
 #include <QTimer>
@@ -147,6 +146,7 @@ private slots:
     void aCertificateThatIsNotRightIsRefused_data();
     void aCertificateThatIsNotRightIsRefused();
     void onlyTheRedirectedHostIsLedElsewhere();
+    void theProcessHasOneSessionThatOutlivesItsRequests();
 };
 
 void CurlTransportTest::anyStatusIsAResponse_data()
@@ -728,6 +728,16 @@ void CurlTransportTest::onlyTheRedirectedHostIsLedElsewhere()
     QCOMPARE(told(fetch(transport, get(other.url()))), u"200 other"_s);
     transport.redirectHost(u"api.notion.com"_s, u"127.0.0.1"_s, other.port());
     QCOMPARE(told(fetch(transport, get(QUrl(u"http://api.notion.com/"_s)))), u"200 other"_s);
+}
+
+void CurlTransportTest::theProcessHasOneSessionThatOutlivesItsRequests()
+{
+    RawHttpServer server;
+    server.reply(RawHttpServer::response(200));
+    QCOMPARE(&HttpTransport::shared(), &CurlTransport::shared());
+    for (int i = 0; i < 2; ++i)
+        QCOMPARE(told(await(HttpTransport::shared().send(get(server.url()), {}))), u"200 {}"_s);
+    QCOMPARE(server.connectionCount, 1); // Closed only after the last test, with the application.
 }
 
 } // namespace korvo
