@@ -1,5 +1,6 @@
 #include "Services/CurlTransport.h"
 
+#include "Services/CurlSockets.h"
 #include "Services/CurlTransfer.h"
 #include "Utilities/Completion.h"
 
@@ -63,6 +64,8 @@ public:
     {
         const auto id = ++m_lastId;
         CURL *const handle = transfer->handle();
+        m_sockets.observe(handle);
+        m_sockets.retireDeparted([this](curl_socket_t socket) { return m_notifiers.contains(socket); });
         m_running.emplace(id, Running{std::move(transfer), done});
         if (curl_multi_add_handle(m_multi, handle) != CURLM_OK)
             finish(id, CURLE_FAILED_INIT);
@@ -156,6 +159,7 @@ private:
         done.complete(transfer->takeResult(code));
     }
 
+    CurlSockets m_sockets;
     CURLM *m_multi = nullptr;
     QTimer m_timer;
     QHash<curl_socket_t, Notifiers> m_notifiers;
