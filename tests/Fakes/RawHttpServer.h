@@ -42,7 +42,7 @@ public:
     static QByteArray response(int status, const QByteArray &body = "{}", const QByteArray &headers = {});
 
     void write(const QByteArray &bytes); ///< Now, to all who are connected.
-    void closeConnections(); ///< Now, whatever is under way.
+    void closeConnections();             ///< Now, whatever is under way.
     void stopListening() { m_server->close(); }
 
     QList<Request> requests;

@@ -17,7 +17,7 @@ class TestAuthority {
 public:
     struct Identity {
         QByteArray certificate; ///< PEM.
-        QByteArray key; ///< PEM.
+        QByteArray key;         ///< PEM.
     };
 
     TestAuthority();
