@@ -153,6 +153,8 @@ void HttpConnection::streamMore()
 
 void HttpConnection::finishAnswer()
 {
+    // Into the system's hands now, so that an answer is out even if the connection is dropped next.
+    m_socket->flush();
     m_isAnswering = false;
     if (!m_request.keepsAlive() || m_request.minorVersion < 1) {
         m_isAnswering = true; // Nothing more is read.

@@ -6,6 +6,16 @@
 #include <memory>
 
 namespace korvo::sandbox {
+namespace {
+
+constexpr int backlog = 512; ///< A full one makes clients wait for seconds before they try again.
+
+} // namespace
+
+Listener::Listener()
+{
+    setListenBacklogSize(backlog);
+}
 
 void Listener::incomingConnection(qintptr descriptor)
 {

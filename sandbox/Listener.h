@@ -13,6 +13,8 @@ namespace korvo::sandbox {
 class Listener : public QTcpServer {
     Q_OBJECT
 public:
+    Listener();
+
     /// Given each accepted socket, which the receiver then owns.
     std::function<void(QTcpSocket *)> onConnection;
 
