@@ -118,7 +118,7 @@ private:
             if (notifier)
                 notifier->deleteLater();
         }
-        m_notifiers.remove(socket);
+        m_notifiers.erase(socket);
     }
 
     void follow(QSocketNotifier *&notifier, curl_socket_t socket, QSocketNotifier::Type type, int event, bool isWanted)
@@ -162,7 +162,7 @@ private:
     CurlSockets m_sockets;
     CURLM *m_multi = nullptr;
     QTimer m_timer;
-    QHash<curl_socket_t, Notifiers> m_notifiers;
+    std::unordered_map<curl_socket_t, Notifiers> m_notifiers;
     std::unordered_map<quint64, Running> m_running;
     quint64 m_lastId = 0;
 };
