@@ -155,6 +155,9 @@ void NotionSchemaServiceTest::propertiesNamedBAndAAndCComeAsAAndBAndC()
     const auto number = column(u"number"_s);
     const auto schema = loadProperties({{u"b"_s, number}, {u"A"_s, number}, {u"c"_s, number}});
     QCOMPARE(namesOf(schema.properties), QStringList({u"A"_s, u"b"_s, u"c"_s}));
+
+    const auto swapped = loadProperties({{u"B"_s, number}, {u"a"_s, number}, {u"C"_s, number}});
+    QCOMPARE(namesOf(swapped.properties), QStringList({u"a"_s, u"B"_s, u"C"_s}));
 }
 
 void NotionSchemaServiceTest::namesAreInTheOrderOfTheUsersLanguage_data()
