@@ -79,10 +79,8 @@ void CurlTransfer::setOptions()
     curl_easy_setopt(easy, CURLOPT_USERAGENT, userAgent().constData());
     curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(std::max<qint64>(1, m_request.timeout.count())));
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-#if LIBCURL_VERSION_NUM >= 0x075700
     // Without it a transfer that ends while its name is looked up waits for the resolver's thread on the main loop.
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
-#endif
     if (isCertificateFolderHashed()) {
         curl_easy_setopt(easy, CURLOPT_CAPATH, certificateFolder);
         curl_easy_setopt(easy, CURLOPT_CAINFO, nullptr);
