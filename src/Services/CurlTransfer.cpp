@@ -79,10 +79,8 @@ void CurlTransfer::setOptions()
     curl_easy_setopt(easy, CURLOPT_USERAGENT, userAgent().constData());
     curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(std::max<qint64>(1, m_request.timeout.count())));
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-#if LIBCURL_VERSION_NUM >= 0x075700
     // Without it a transfer that ends while its name is looked up waits for the resolver's thread on the main loop.
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
-#endif
     if (isCertificateFolderHashed()) {
         curl_easy_setopt(easy, CURLOPT_CAPATH, certificateFolder);
         curl_easy_setopt(easy, CURLOPT_CAINFO, nullptr);
@@ -159,13 +157,13 @@ size_t CurlTransfer::headerArrived(char *data, size_t size, size_t count, void *
 
 void CurlTransfer::readHeader(const QByteArray &line)
 {
-    if (hasFinalHead())
+    if (m_hasFinalHead)
         return; // A trailer after the body.
     if (line.startsWith("HTTP/")) { // The answer, or the next after an interim one such as 100.
         m_response.headers.clear();
-        m_isHeadComplete = false;
     } else if (line.trimmed().isEmpty()) {
-        m_isHeadComplete = true;
+        constexpr int switchingProtocols = 101; // The one status below 200 that no other follows.
+        m_hasFinalHead = status() >= 200 || status() == switchingProtocols;
     } else if ((line.startsWith(' ') || line.startsWith('\t')) && !m_response.headers.isEmpty()) {
         m_response.headers.last().second += ' ' + line.trimmed(); // A folded header.
     } else if (const auto colon = line.indexOf(':'); colon > 0) {
@@ -173,13 +171,11 @@ void CurlTransfer::readHeader(const QByteArray &line)
     }
 }
 
-/// Whether the last head that began has ended and is no interim one.
-bool CurlTransfer::hasFinalHead() const
+int CurlTransfer::status() const
 {
     long status = 0;
     curl_easy_getinfo(handle(), CURLINFO_RESPONSE_CODE, &status);
-    constexpr long switchingProtocols = 101; // The one status below 200 that no other follows.
-    return m_isHeadComplete && (status >= 200 || status == switchingProtocols);
+    return static_cast<int>(status);
 }
 
 size_t CurlTransfer::bodyArrived(char *data, size_t size, size_t count, void *self)
@@ -197,13 +193,11 @@ size_t CurlTransfer::bodyArrived(char *data, size_t size, size_t count, void *se
 Result<HttpResponse, HttpError> CurlTransfer::takeResult(CURLcode code)
 {
     // libcurl takes half a head for a whole one when the connection ends there.
-    if (code == CURLE_OK && !hasFinalHead())
+    if (code == CURLE_OK && !m_hasFinalHead)
         code = CURLE_GOT_NOTHING;
     if (code != CURLE_OK)
         return HttpError{describe(code)};
-    long status = 0;
-    curl_easy_getinfo(handle(), CURLINFO_RESPONSE_CODE, &status);
-    m_response.status = static_cast<int>(status);
+    m_response.status = status();
     return std::move(m_response);
 }
 
@@ -216,6 +210,10 @@ QString CurlTransfer::describe(CURLcode code) const
         return u"The answer of %1 is too large"_s.arg(host);
     if (m_sends > 1)
         code = CURLE_GOT_NOTHING;
+    long verifyResult = 0;
+    curl_easy_getinfo(handle(), CURLINFO_SSL_VERIFYRESULT, &verifyResult);
+    if (code == CURLE_SSL_CONNECT_ERROR && verifyResult != 0)
+        code = CURLE_PEER_FAILED_VERIFICATION; // libcurl does not see every bad signature as one.
     switch (code) {
     case CURLE_COULDNT_RESOLVE_HOST:
         return u"The server %1 could not be found"_s.arg(host);

@@ -46,7 +46,7 @@ private:
     void setBody();
     void setHeaders();
     void readHeader(const QByteArray &line);
-    bool hasFinalHead() const;
+    int status() const; ///< Of the last head that began.
     QString describe(CURLcode code) const;
 
     HttpRequest m_request;
@@ -55,7 +55,7 @@ private:
     std::array<char, CURL_ERROR_SIZE> m_errorText{};
     int m_sends = 0;
     qsizetype m_headSize = 0;
-    bool m_isHeadComplete = false;
+    bool m_hasFinalHead = false; ///< Whole, and not of an interim answer.
     bool m_isTooLarge = false;
     List m_headers;
     List m_connectTo;

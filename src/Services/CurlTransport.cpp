@@ -1,5 +1,6 @@
 #include "Services/CurlTransport.h"
 
+#include "Services/CurlSockets.h"
 #include "Services/CurlTransfer.h"
 #include "Utilities/Completion.h"
 
@@ -63,6 +64,8 @@ public:
     {
         const auto id = ++m_lastId;
         CURL *const handle = transfer->handle();
+        m_sockets.observe(handle);
+        m_sockets.retireDeparted([this](curl_socket_t socket) { return m_notifiers.contains(socket); });
         m_running.emplace(id, Running{std::move(transfer), done});
         if (curl_multi_add_handle(m_multi, handle) != CURLM_OK)
             finish(id, CURLE_FAILED_INIT);
@@ -115,7 +118,7 @@ private:
             if (notifier)
                 notifier->deleteLater();
         }
-        m_notifiers.remove(socket);
+        m_notifiers.erase(socket);
     }
 
     void follow(QSocketNotifier *&notifier, curl_socket_t socket, QSocketNotifier::Type type, int event, bool isWanted)
@@ -156,9 +159,10 @@ private:
         done.complete(transfer->takeResult(code));
     }
 
+    CurlSockets m_sockets;
     CURLM *m_multi = nullptr;
     QTimer m_timer;
-    QHash<curl_socket_t, Notifiers> m_notifiers;
+    std::unordered_map<curl_socket_t, Notifiers> m_notifiers;
     std::unordered_map<quint64, Running> m_running;
     quint64 m_lastId = 0;
 };

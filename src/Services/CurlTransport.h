@@ -2,7 +2,7 @@
 
 #include "Services/HttpTransport.h"
 
-#include <QHash>
+#include <QMap>
 #include <QString>
 
 #include <memory>
@@ -34,7 +34,7 @@ private:
         QByteArray caFile;
     };
 
-    QHash<QString, Route> m_routes;
+    QMap<QString, Route> m_routes;
     std::unique_ptr<Session> m_session; ///< Made by the first request.
 };
 

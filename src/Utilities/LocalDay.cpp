@@ -28,7 +28,7 @@ QDateTime LocalDay::start(QDate day)
     // sides of any change. The larger offset makes the earlier instant.
     const QDateTime midnight(day, QTime(0, 0), Qt::UTC);
     const auto wall = midnight.toMSecsSinceEpoch();
-    constexpr qint64 aside = 36 * 3600 * qint64(1000);
+    constexpr qint64 aside = qint64(36) * 3600 * 1000;
     const auto before = offsetAt(wall - aside);
     const auto after = offsetAt(wall + aside);
     for (const auto offset : {std::max(before, after), std::min(before, after)}) {

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QCoroTask>
-#include <QTest>
+#include <QTimer>
 
+#include <chrono>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace korvo {
 
@@ -28,8 +31,11 @@ template <typename T> Outcome<T> follow(QCoro::Task<T> task)
 template <typename T> T await(QCoro::Task<T> task)
 {
     const auto outcome = follow(std::move(task));
-    if (!QTest::qWaitFor([&outcome] { return outcome->has_value(); }, 30000))
-        qFatal("An operation does not end");
+    QTimer watchdog;
+    QObject::connect(&watchdog, &QTimer::timeout, &watchdog, [] { qFatal("An operation does not end"); });
+    watchdog.start(std::chrono::seconds(30));
+    while (!outcome->has_value())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     return std::move(**outcome);
 }
 

@@ -6,10 +6,12 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
+#include <algorithm>
 #include <cmath>
 #include <ctime>
 #include <limits>
 #include <memory>
+#include <utility>
 
 #include <sys/timerfd.h>
 #include <unistd.h>
@@ -73,18 +75,16 @@ private:
     /// most.
     void startQtTimer(Clock::Seconds duration, const Completion<bool> &done)
     {
-        constexpr int most = std::numeric_limits<int>::max();
+        constexpr double most = std::numeric_limits<int>::max();
         const double msecs = std::ceil(duration.count() * 1000);
-        m_timer = std::make_unique<QTimer>();
-        m_timer->setSingleShot(true);
-        m_timer->setTimerType(Qt::PreciseTimer);
-        QObject::connect(m_timer.get(), &QTimer::timeout, m_timer.get(), [done] { done.complete(true); });
-        m_timer->start(msecs > 0 ? int(std::min(msecs, double(most))) : 0);
+        m_context = std::make_unique<QObject>();
+        QTimer::singleShot(msecs > 0 ? int(std::min(msecs, most)) : 0, Qt::PreciseTimer, m_context.get(),
+                           [done] { done.complete(true); });
     }
 
     int m_fd = -1;
     std::unique_ptr<QSocketNotifier> m_notifier;
-    std::unique_ptr<QTimer> m_timer;
+    std::unique_ptr<QObject> m_context; ///< Of the Qt timer, which does nothing any more without it.
 };
 
 QCoro::Task<bool> waitOn(clockid_t clock, Clock::Seconds duration, std::stop_token stop)
