@@ -153,7 +153,9 @@ QString RunningTimerTest::property(const QString &name) const
                                                u"Get"_s);
     call << u"org.kde.StatusNotifierItem"_s << name;
     const auto reply = QDBusConnection::sessionBus().call(call, QDBus::Block, 5000);
-    return reply.arguments().value(0).value<QDBusVariant>().variant().toString();
+    const auto value = reply.arguments().value(0).value<QDBusVariant>().variant();
+    return value.userType() == qMetaTypeId<QDBusObjectPath>() ? value.value<QDBusObjectPath>().path()
+                                                              : value.toString();
 }
 
 int RunningTimerTest::seconds() const

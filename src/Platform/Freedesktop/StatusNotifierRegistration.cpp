@@ -125,9 +125,10 @@ void StatusNotifierRegistration::askForHost()
     ask(call, [this, watcher = m_watcher](const QDBusPendingReply<QVariant> &reply) {
         if (watcher != m_watcher)
             return;
-        const bool hadHost = std::exchange(m_hasHost, reply.isError() || reply.value().toBool()); // Some don't say.
+        const bool hasLackedHost = m_isHostKnown && !m_hasHost;
         m_isHostKnown = true;
-        if (m_hasHost && !hadHost && m_isRefused) {
+        m_hasHost = reply.isError() || reply.value().toBool(); // Some keep silent about it.
+        if (hasLackedHost && m_hasHost && m_isRefused) {
             m_isRefused = false;
             registerItem(); // Now that there is somebody to show it.
         }
