@@ -224,7 +224,7 @@ void AppDelegateTest::zeroProgressDrawsAShortStrokeWithTheDotOnIt()
     launchWithTimer(3600);
     const auto picture = render(item().image);
     QCOMPARE(ringColor(picture, 3.6).rgb(), qRgb(255, 255, 255)); // The dot, at a hundredth of the circle.
-    QCOMPARE(ringColor(picture, 354).alpha(), 255); // The round cap reaches a little to the left.
+    QCOMPARE(ringColor(picture, 354).alpha(), 255);               // The round cap reaches a little to the left.
     QVERIFY(ringColor(picture, 90).alpha() < 60);
 }
 
