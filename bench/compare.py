@@ -65,8 +65,10 @@ FIGURES = [
     ("CPU of the program, ms a minute", lambda r: r["idle"]["cpu_ms_per_min"]),
     ("wake-ups of the program, a second", lambda r: r["idle"]["voluntary_switches_per_s"]),
     ("CPU of the desktop, ms a minute", lambda r: r["idle"]["desktop_cpu_ms_per_min"]),
+    ("wake-ups of the desktop, a second", lambda r: r["idle"]["desktop_switches_per_s"]),
 ]
-GOALS = [1.5, 1.25, 1.5, 1.0, 1.0, 0.5]  # Of the floor, with a timer running.
+GOALS = [1.5, 1.25, 1.5, 1.0, 1.0, 0.5, 0.5]  # Of the floor, with a timer running.
+OF_THE_DESKTOP = 5  # From here on what counts is what a program adds to a desktop whose tray stands still.
 
 
 def main():
@@ -80,11 +82,12 @@ def main():
     nothing = measure("nothing in the tray moves", floor, "--no-tick")
 
     print(f"{'':36}{'floor':>9}{'again':>9}{'Korvo':>9}{'ratio':>8}{'goal':>7}{'no timer':>10}{'still floor':>13}")
-    for (name, get), goal in zip(FIGURES, GOALS):
+    for i, ((name, get), goal) in enumerate(zip(FIGURES, GOALS)):
         a, b, k, r, n = get(first), get(second), get(running), get(resting), get(nothing)
         base = (a + b) / 2
         noisy = "  the two floors differ by over 10 %" if abs(a - b) > 0.1 * max(a, b, 0.1) else ""
-        print(f"{name:36}{a:9.1f}{b:9.1f}{k:9.1f}{k / max(base, 0.01):8.2f}{goal:7.2f}{r:10.1f}{n:13.1f}{noisy}")
+        added = n if i >= OF_THE_DESKTOP else 0
+        print(f"{name:36}{a:9.1f}{b:9.1f}{k:9.1f}{(k - added) / max(base - added, 0.01):8.2f}{goal:7.2f}{r:10.1f}{n:13.1f}{noisy}")
     print("no timer, goal: 10 ms of CPU a minute, 1.2 wake-ups a second, and the desktop as beside the still floor")
 
 

@@ -437,13 +437,16 @@ class Run:
         desk = desktop_pids(set(tree()))
         snap = lambda ps: {p: v for p in ps if (v := cpu_ns(p)) is not None}
         b0, t0, c0, k0, v0, d0 = machine_busy(), now(), snap(pids), sum(map(child_ticks, pids)), switches(pids), snap(desk)
+        w0 = switches(desk)
         time.sleep(seconds)
         pids = tree(self.helpers)
         t1, c1, k1, v1, d1, b1 = now(), snap(pids), sum(map(child_ticks, pids)), switches(pids), snap(desk), machine_busy()
+        w1 = switches([p for p in d1 if p in d0])
         per = lambda a, b: sum(b[p] - a.get(p, 0) for p in b) / 1e6 * 60 / (t1 - t0)
         return {"seconds": seconds, "cpu_ms_per_min": round(per(c0, c1) + max(0, k1 - k0) * 60 / (t1 - t0), 1),
                 "voluntary_switches_per_s": round(sum(v1[t] - v0.get(t, 0) for t in v1) / (t1 - t0), 2),
                 "desktop_cpu_ms_per_min": round(per({p: d0[p] for p in d1 if p in d0}, {p: d1[p] for p in d1 if p in d0}), 1),
+                "desktop_switches_per_s": round(sum(w1[t] - w0.get(t, 0) for t in w1) / (t1 - t0), 2),
                 "machine_busy_percent": round(100 * (b1[0] - b0[0]) / max(1, b1[1] - b0[1]), 1)}
 
     def poke(self, which):

@@ -33,6 +33,20 @@ void logSignal(int signal)
     Log::fault(u"Received signal %1"_s.arg(signal));
 }
 
+void logException(const UncaughtException &exception)
+{
+    Log::fault(u"Uncaught exception: "_s + exception.name + u" — "_s + exception.reason.value_or(u"no reason"_s));
+    Log::fault(u"Stack trace: "_s + exception.callStack.join(u'\n'));
+}
+
+/// One line of readable length: an error can hold a whole page of a gateway.
+QString shortened(const QString &text)
+{
+    constexpr int limit = 200;
+    const auto line = text.left(10 * limit).simplified();
+    return line.size() <= limit ? line : line.left(limit - 1) + u'…';
+}
+
 } // namespace
 
 AppDelegate::AppDelegate(Platform &platform, HttpTransport &transport, AppSettings &settings, QObject *parent) :
@@ -60,6 +74,7 @@ void AppDelegate::applicationDidFinishLaunching()
     m_statusBarTimer.start(1s);
 
     m_timerVM.startPollingIfConfigured();
+    Log::info(u"Physical notch detected: "_s + (hasPhysicalNotch() ? u"true"_s : u"false"_s));
     Log::info(u"App launch complete"_s);
 }
 
@@ -68,11 +83,13 @@ void AppDelegate::applicationWillTerminate()
     Log::info(u"App terminating — applicationWillTerminate"_s);
     m_statusBarTimer.stop();
     m_timerVM.stopPolling();
+    m_menuFollowsTimer = {}; // A poll that is under way still ends, and there is no item any more that shows it.
     m_statusItem.reset();
 }
 
 void AppDelegate::installCrashHandlers()
 {
+    m_platform.setExceptionHandler(logException);
     m_platform.setSignalHandler(logSignal);
 }
 
@@ -102,12 +119,15 @@ void AppDelegate::updateStatusBarAppearance()
             m_statusItem->setImage(makeActivityRingImage(progress, colorForElapsed(elapsed)));
             m_statusItem->setTitle(u" "_s + TimeFormatter::format(elapsed));
         }
+        m_previouslyRunning = true;
     } else if (m_timerVM.hasNetworkError()) {
         m_statusItem->setImage(makeSymbolImage(Symbol::wifiExclamationmark, {}));
         m_statusItem->setTitle({});
+        m_previouslyRunning = false;
     } else {
         m_statusItem->setImage(makeSymbolImage(Symbol::timer, u"Korvo"_s));
         m_statusItem->setTitle({});
+        m_previouslyRunning = false;
     }
     updateToolTip();
 }
@@ -118,9 +138,9 @@ void AppDelegate::updateToolTip()
     if (entry && entry->status == TimerEntry::TimerStatus::running) {
         // Hours and minutes: a text that changes with the minute, not with the second.
         const auto time = TimeFormatter::format(elapsedSeconds(*entry, m_clock)).chopped(3);
-        m_statusItem->setToolTip(entry->taskName, tr("Running for %1").arg(time));
+        m_statusItem->setToolTip(shortened(entry->taskName), tr("Running for %1").arg(time));
     } else if (m_timerVM.hasNetworkError()) {
-        m_statusItem->setToolTip(u"Korvo"_s, m_timerVM.errorMessage().value_or(QString()));
+        m_statusItem->setToolTip(u"Korvo"_s, shortened(m_timerVM.errorMessage().value_or(QString())));
     } else {
         m_statusItem->setToolTip(u"Korvo"_s, tr("No timer running"));
     }
@@ -130,7 +150,8 @@ void AppDelegate::updateStatusMenu()
 {
     const auto &entry = m_timerVM.activeTimer();
     QList<StatusMenuEntry> menu;
-    menu.append({.label = entry ? entry->taskName : tr("No timer running"), .isEnabled = false, .action = {}});
+    menu.append(
+        {.label = entry ? shortened(entry->taskName) : tr("No timer running"), .isEnabled = false, .action = {}});
     menu.append({.label = {}, .isEnabled = false, .action = {}});
     menu.append({.label = tr("Quit"), .isEnabled = true, .action = [] { QCoreApplication::quit(); }});
     m_statusItem->setMenu(menu);

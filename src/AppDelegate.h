@@ -53,6 +53,7 @@ private:
     std::unique_ptr<StatusItem> m_statusItem;
     QTimer m_statusBarTimer;
     QPropertyNotifier m_menuFollowsTimer;
+    bool m_previouslyRunning = false; ///< Whether the last update showed a running timer.
 };
 
 } // namespace korvo

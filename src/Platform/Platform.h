@@ -1,8 +1,10 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <memory>
+#include <optional>
 
 namespace korvo {
 
@@ -11,6 +13,13 @@ class Screens;
 class StatusItem;
 class SystemLog;
 class UserDefaults;
+
+/// An exception that nobody caught.
+struct UncaughtException {
+    QString name; ///< Of its type.
+    std::optional<QString> reason;
+    QStringList callStack; ///< A symbol a call, the innermost first.
+};
 
 /// Everything the program wants of the system it runs on. The build picks one implementation; tests bring their own.
 class Platform {
@@ -26,6 +35,9 @@ public:
     /// Calls `handler` on whatever thread receives one of the signals SIGTERM, SIGINT and SIGABRT, with its number; the
     /// program then goes on where the system lets it.
     virtual void setSignalHandler(void (*handler)(int signal)) = 0;
+
+    /// Calls `handler` with each exception that nobody catches, on the thread that fails; the program then ends.
+    virtual void setExceptionHandler(void (*handler)(const UncaughtException &exception)) = 0;
 
     /// The implementation of this build. To be called before there is an application object, since it also chooses the
     /// window system. The settings stand in `defaultsFile`, or where the system keeps them if that is empty.

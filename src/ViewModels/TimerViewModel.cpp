@@ -4,6 +4,8 @@
 #include "Utilities/Spawn.h"
 #include "ViewModels/NotionRows.h"
 
+#include <exception>
+
 namespace korvo {
 
 using namespace Qt::StringLiterals;
@@ -76,6 +78,27 @@ double TimerViewModel::pollInterval() const
 QCoro::Task<> TimerViewModel::poll(std::stop_token stop)
 {
     const QPointer self(this);
+    std::optional<QString> failure;
+    try {
+        failure = co_await readWorkspace(stop);
+    } catch (const std::exception &exception) {
+        failure = QString::fromUtf8(exception.what()); // The loop goes on: only a stop ends it.
+    }
+    if (!self)
+        co_return;
+    if (failure) {
+        m_hasNetworkError = true;
+        m_errorMessage = *failure;
+        Log::error(u"Poll failed: "_s + *failure);
+    } else {
+        m_hasNetworkError = false;
+        m_errorMessage = std::nullopt;
+    }
+}
+
+QCoro::Task<std::optional<QString>> TimerViewModel::readWorkspace(std::stop_token stop)
+{
+    const QPointer self(this);
     const auto api = m_api;
     const auto mapping = m_settings.fieldMapping();
     const auto databaseId = m_settings.timeTrackerDBId();
@@ -84,11 +107,9 @@ QCoro::Task<> TimerViewModel::poll(std::stop_token stop)
 
     const auto rows = co_await api->queryDatabase(databaseId, filter, sorts, 1, stop);
     if (!self)
-        co_return;
-    if (!rows) {
-        failPoll(rows.error().errorDescription());
-        co_return;
-    }
+        co_return std::nullopt;
+    if (!rows)
+        co_return rows.error().errorDescription();
 
     if (rows->isEmpty()) {
         setActiveTimer(std::nullopt);
@@ -96,19 +117,14 @@ QCoro::Task<> TimerViewModel::poll(std::stop_token stop)
         const auto entry
             = co_await NotionRows::parseTimerEntry(rows->first(), m_settings.fieldMapping(), api, m_clock, stop);
         if (!self)
-            co_return;
-        if (!entry) {
-            failPoll(entry.error().errorDescription());
-            co_return;
-        }
+            co_return std::nullopt;
+        if (!entry)
+            co_return entry.error().errorDescription();
         setActiveTimer(*entry);
     }
 
     co_await fetchTodayTasks(stop);
-    if (!self)
-        co_return;
-    m_hasNetworkError = false;
-    m_errorMessage = std::nullopt;
+    co_return std::nullopt;
 }
 
 void TimerViewModel::setActiveTimer(std::optional<TimerEntry> entry)
@@ -116,13 +132,6 @@ void TimerViewModel::setActiveTimer(std::optional<TimerEntry> entry)
     if (idOf(activeTimer()) != idOf(entry))
         m_reminderSentForCurrentSession = false; // Another entry, or none: its reminder is still to come.
     m_activeTimer = std::move(entry);
-}
-
-void TimerViewModel::failPoll(const QString &description)
-{
-    m_hasNetworkError = true;
-    m_errorMessage = description;
-    Log::error(u"Poll failed: "_s + description);
 }
 
 QCoro::Task<> TimerViewModel::fetchTodayTasks(std::stop_token stop)

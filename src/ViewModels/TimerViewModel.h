@@ -75,7 +75,8 @@ private:
     double pollInterval() const; ///< Seconds until the next poll, by what the last one left.
     QCoro::Task<> poll(std::stop_token stop);
     QCoro::Task<> fetchTodayTasks(std::stop_token stop);
-    void failPoll(const QString &description);
+    /// Reads timer and tasks; gives the words of what failed.
+    QCoro::Task<std::optional<QString>> readWorkspace(std::stop_token stop);
     void setActiveTimer(std::optional<TimerEntry> entry);
 
     std::shared_ptr<NotionAPIService> m_api; // Shared with requests under way, which may outlive this object.

@@ -62,6 +62,9 @@ private slots:
     void aRunningTimerIsNotStoppedAtTheEnd();
     void closingTheLastWindowDoesNotEndTheProgram();
     void signalsAreLoggedAtFaultLevel();
+    void uncaughtExceptionsAreLoggedWithReasonAndStack();
+    void anExceptionWithoutAReasonLogsNoReason();
+    void quittingDuringAPollEndsCleanly();
 
     void ringColourFollowsTheHours_data();
     void ringColourFollowsTheHours();
@@ -79,6 +82,9 @@ private slots:
     void aStoppedEntryCountsAsNoTimer();
     void theTickMovesTheClock();
     void toolTipNamesTheTaskAndChangesWithTheMinute();
+    void aPageOfAGatewayIsCutToALineInTheToolTip();
+    void nearlyAnHourIsANearlyFullRing();
+    void lineAndDotAreAsWideAsTheyShould();
     void menuNamesTheRunningTask();
 
 private:
@@ -141,7 +147,8 @@ void AppDelegateTest::launchWritesItsLinesInOrder()
     m_world->delegate->applicationDidFinishLaunching();
     QCOMPARE(m_world->platform.fakeLog.lines,
              QStringList({u"INFO App launched — applicationDidFinishLaunching"_s, u"INFO Status item created"_s,
-                          u"INFO Polling started"_s, u"INFO App launch complete"_s}));
+                          u"INFO Polling started"_s, u"INFO Physical notch detected: false"_s,
+                          u"INFO App launch complete"_s}));
 }
 
 void AppDelegateTest::itemIsNeverBlank()
@@ -184,6 +191,37 @@ void AppDelegateTest::signalsAreLoggedAtFaultLevel()
     QVERIFY(m_world->platform.signalHandler);
     m_world->platform.signalHandler(15);
     QCOMPARE(m_world->platform.fakeLog.lines.last(), u"FAULT Received signal 15"_s);
+}
+
+void AppDelegateTest::uncaughtExceptionsAreLoggedWithReasonAndStack()
+{
+    launch();
+    m_world->platform.fakeLog.lines.clear();
+    m_world->platform.exceptionHandler({u"std::bad_alloc"_s, u"no memory"_s, {u"inner"_s, u"outer"_s}});
+    QCOMPARE(
+        m_world->platform.fakeLog.lines,
+        QStringList({u"FAULT Uncaught exception: std::bad_alloc — no memory"_s, u"FAULT Stack trace: inner\nouter"_s}));
+}
+
+void AppDelegateTest::anExceptionWithoutAReasonLogsNoReason()
+{
+    launch();
+    m_world->platform.fakeLog.lines.clear();
+    m_world->platform.exceptionHandler({u"int"_s, std::nullopt, {}});
+    QCOMPARE(m_world->platform.fakeLog.lines.first(), u"FAULT Uncaught exception: int — no reason"_s);
+}
+
+void AppDelegateTest::quittingDuringAPollEndsCleanly()
+{
+    notion().answerRows(trackerQuery, {pages::runningEntry(u"e1"_s, {u"t1"_s})});
+    notion().isHolding = true;
+    m_world->delegate->applicationDidFinishLaunching();
+    QTRY_COMPARE(notion().heldCount(), 1);
+    notion().release();
+    QTRY_COMPARE(notion().asked.size(), 2); // The page of the task is being read.
+    m_world->delegate->applicationWillTerminate();
+    QVERIFY(finishSpawned(2000));
+    QCOMPARE(m_world->platform.fakeLog.lines.last(), u"INFO Polling task finished (cancelled: true)"_s);
 }
 
 void AppDelegateTest::ringColourFollowsTheHours_data()
@@ -325,6 +363,41 @@ void AppDelegateTest::toolTipNamesTheTaskAndChangesWithTheMinute()
     launchWithTimer(3725);
     QCOMPARE(item().headline, u"Write the letter"_s);
     QCOMPARE(item().text, u"Running for 1:02"_s);
+}
+
+void AppDelegateTest::aPageOfAGatewayIsCutToALineInTheToolTip()
+{
+    notion().forget(trackerQuery);
+    notion().answer(trackerQuery, {{u"html"_s, QString(5000000, u'<')}, {u"more\nlines"_s, 1}}, 403);
+    launch();
+    QTRY_VERIFY(item().text.startsWith(u"Server error 403: "_s));
+    QCOMPARE(item().text.size(), 200);
+    QVERIFY(item().text.endsWith(u'…'));
+}
+
+void AppDelegateTest::nearlyAnHourIsANearlyFullRing()
+{
+    launchWithTimer(3599);
+    const auto picture = render(item().image);
+    for (const double degrees : {20.0, 90.0, 180.0, 270.0, 340.0})
+        QCOMPARE(ringColor(picture, degrees).alpha(), 255);
+}
+
+void AppDelegateTest::lineAndDotAreAsWideAsTheyShould()
+{
+    launchWithTimer(1800);
+    constexpr int scale = 20;
+    const auto picture = render(item().image, scale);
+    // Along the line from the centre to three o'clock, where the arc stands alone.
+    int line = 0;
+    for (int x = 9 * scale; x < 18 * scale; ++x)
+        line += picture.pixelColor(x, 9 * scale).alpha() > 200 ? 1 : 0;
+    QVERIFY2(qAbs(line - 2.5 * scale) <= 2, qPrintable(QString::number(line)));
+    // Down from the centre, where the dot is: white in the middle of the arc's end.
+    int dot = 0;
+    for (int y = 9 * scale; y < 18 * scale; ++y)
+        dot += picture.pixelColor(9 * scale, y).rgb() == qRgb(255, 255, 255) ? 1 : 0;
+    QVERIFY2(qAbs(dot - 3 * scale) <= 2, qPrintable(QString::number(dot)));
 }
 
 void AppDelegateTest::menuNamesTheRunningTask()

@@ -9,7 +9,9 @@
 #include <QMap>
 #include <QStringList>
 
+#include <stdexcept>
 #include <stop_token>
+#include <utility>
 
 namespace korvo {
 
@@ -25,6 +27,8 @@ public:
     QCoro::Task<Result<HttpResponse, HttpError>> send(HttpRequest request, std::stop_token stop) override
     {
         const auto call = QString::fromLatin1(request.method) + u' ' + request.url.path().mid(3); // Without "/v1".
+        if (std::exchange(throwsNext, false))
+            throw std::runtime_error("no memory for it");
         asked.append({call, QJsonDocument::fromJson(request.body.value_or(QByteArray())).object()});
         Completion<bool> go;
         if (isHolding)
@@ -90,6 +94,7 @@ public:
     QList<Asked> asked;
     bool isHolding = false;
     bool isOffline = false;
+    bool throwsNext = false;
 
 private:
     QMap<QString, QList<HttpResponse>> m_answers;

@@ -27,6 +27,7 @@ public:
         return item;
     }
     void setSignalHandler(void (*handler)(int)) override { signalHandler = handler; }
+    void setExceptionHandler(void (*handler)(const UncaughtException &)) override { exceptionHandler = handler; }
 
     FakeClock fakeClock;
     FakeSystemLog fakeLog;
@@ -34,6 +35,7 @@ public:
     FakeScreens fakeScreens;
     QPointer<FakeStatusItem> statusItem;
     void (*signalHandler)(int) = nullptr;
+    void (*exceptionHandler)(const UncaughtException &) = nullptr;
 };
 
 } // namespace korvo

@@ -72,6 +72,9 @@ private slots:
     void anUnauthorizedAnswerRaisesTheFlagJustAsALostConnectionDoes();
     void aFailureKeepsTimerAndTasksUntilALaterPollSucceeds();
     void aFailureIsLoggedOnce();
+    void anExceptionInAPollFailsThatPollAndTheLoopGoesOn();
+    void theSameFailureAndTheSameTasksArePublishedOnce();
+    void aChangedMappingTakesEffectWithTheNextPoll();
 
     // Today's tasks
     void theTasksFilterIsBareWithoutATimerStatusOrItsRunningOption_data();
@@ -578,6 +581,42 @@ void TimerViewModelTest::aFailureIsLoggedOnce()
     startPolling();
     settle();
     QCOMPARE(m_world->log.lines, QStringList({u"INFO Polling started"_s, u"ERROR Poll failed: Resource not found"_s}));
+}
+
+void TimerViewModelTest::anExceptionInAPollFailsThatPollAndTheLoopGoesOn()
+{
+    notion().throwsNext = true;
+    startPolling();
+    settle();
+    QCOMPARE(viewModel().errorMessage(), u"no memory for it"_s);
+    pollAgain();
+    QVERIFY(!viewModel().hasNetworkError());
+}
+
+void TimerViewModelTest::theSameFailureAndTheSameTasksArePublishedOnce()
+{
+    notion().answerRows(tasksQuery, {pages::task(u"t1"_s, u"Write"_s)});
+    QSignalSpy tasks(&viewModel(), &TimerViewModel::todayTasksChanged);
+    QSignalSpy error(&viewModel(), &TimerViewModel::errorMessageChanged);
+    startPolling();
+    settle();
+    pollAgain();
+    QCOMPARE(tasks.count(), 1);
+    notion().forget(trackerQuery);
+    pollAgain();
+    pollAgain();
+    QCOMPARE(error.count(), 1);
+}
+
+void TimerViewModelTest::aChangedMappingTakesEffectWithTheNextPoll()
+{
+    startPolling();
+    settle();
+    m_world->settings.settings.changeFieldMapping(
+        [](FieldMapping &mapping) { mapping.ttStatusRunning = u"In progress"_s; });
+    notion().asked.clear();
+    pollAgain();
+    QCOMPARE(notion().asked.first().body[u"filter"_s][u"select"_s][u"equals"_s].toString(), u"In progress"_s);
 }
 
 void TimerViewModelTest::theTasksFilterIsBareWithoutATimerStatusOrItsRunningOption_data()

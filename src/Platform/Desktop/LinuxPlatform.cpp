@@ -1,5 +1,6 @@
 #include "Platform/Freedesktop/JournalLog.h"
 #include "Platform/Freedesktop/TrayStatusItem.h"
+#include "Platform/Linux/ExceptionLog.h"
 #include "Platform/Linux/JsonUserDefaults.h"
 #include "Platform/Linux/LinuxClock.h"
 #include "Platform/Linux/QtScreens.h"
@@ -23,6 +24,10 @@ public:
     Screens &screens() override { return m_screens; }
     std::unique_ptr<StatusItem> makeStatusItem() override { return std::make_unique<TrayStatusItem>(); }
     void setSignalHandler(void (*handler)(int signal)) override { SignalLog::install(handler); }
+    void setExceptionHandler(void (*handler)(const UncaughtException &exception)) override
+    {
+        ExceptionLog::install(handler);
+    }
 
 private:
     LinuxClock m_clock;
