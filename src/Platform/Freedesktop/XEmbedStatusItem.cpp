@@ -102,8 +102,8 @@ void XEmbedStatusItem::setImage(const StatusImage &image)
     if (m_face->image.key == image.key)
         return;
     m_face->image = image;
-    if (image.isTemplate)
-        look();
+    if (image.isTemplate || m_face->isTitlePainted)
+        look(); // Again and again, for the tray moves, and people change its colours.
     repaint();
 }
 
@@ -192,8 +192,10 @@ void XEmbedStatusItem::claimWidth()
     const QWidget *icon = window();
     QWindow *native = icon ? icon->windowHandle() : nullptr;
     const int width = m_face->title.isEmpty() ? pictureSide : pictureSide + titleWidth(m_face->title);
-    if (native && native->minimumWidth() != width)
-        native->setMinimumSize({width, pictureSide});
+    if (!native || native->minimumWidth() == width)
+        return;
+    native->setMinimumSize({width, pictureSide});
+    m_settled.start(); // The tray moves its windows now.
 }
 
 void XEmbedStatusItem::updateToolTip()

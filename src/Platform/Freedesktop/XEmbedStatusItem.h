@@ -48,7 +48,7 @@ private:
     QString m_text;
     QMenu m_menu;
     QSystemTrayIcon m_icon;
-    QTimer m_settled; ///< Runs since a tray has taken in the window.
+    QTimer m_settled; ///< Runs since a tray has taken in the window, or gives it another size.
     bool m_isShown = false;
 };
 
