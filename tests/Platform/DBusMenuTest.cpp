@@ -244,6 +244,7 @@ void DBusMenuTest::enablingRemovesTheProperty()
     removals >> id >> names;
     removals.endStructure();
     QVERIFY(removals.atEnd());
+    removals.endArray();
     QCOMPARE(id, 3);
     QCOMPARE(names, QStringList(u"enabled"_s));
 }

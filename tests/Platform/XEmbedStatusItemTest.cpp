@@ -22,6 +22,8 @@ class XEmbedStatusItemTest : public QObject {
     Q_OBJECT
 private slots:
     void theTitleStandsBesideThePicture();
+    void aTitleThatGoesAtOnceLeavesThePicture();
+    void aClickTellsTheButtonAfterTheTrayHasMoved();
     void equalValuesPaintNothing();
     void aPictureIsPaintedOnceAChange();
     void theToolTipHasAllOfIt();
@@ -49,9 +51,24 @@ void XEmbedStatusItemTest::theTitleStandsBesideThePicture()
     QTRY_VERIFY_WITH_TIMEOUT(!findOnScreen(green).isEmpty(), patience);
     const QRect alone = findOnScreen(green);
     item.setTitle(u" 0:12:34"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(findOnScreen(green).left() < alone.left() - 30, patience);
+    QTRY_VERIFY_WITH_TIMEOUT(hasTextBeside(findOnScreen(green)), patience);
+    QVERIFY(findOnScreen(green).left() < alone.left() - 30);
     item.setTitle({});
     QTRY_COMPARE_WITH_TIMEOUT(findOnScreen(green), alone, patience);
+}
+
+void XEmbedStatusItemTest::aTitleThatGoesAtOnceLeavesThePicture()
+{
+    XEmbedStatusItem item;
+    item.setImage(coloredImage(green));
+    QTRY_VERIFY_WITH_TIMEOUT(!findOnScreen(green).isEmpty(), patience);
+    const QRect alone = findOnScreen(green);
+    for (int turn = 0; turn < 5; ++turn) {
+        item.setTitle(u" 0:12:34"_s);
+        QTest::qWait(turn); // The tray may be anywhere in its work.
+        item.setTitle({});
+        QTRY_COMPARE_WITH_TIMEOUT(findOnScreen(green), alone, patience);
+    }
 }
 
 void XEmbedStatusItemTest::equalValuesPaintNothing()
@@ -64,7 +81,7 @@ void XEmbedStatusItemTest::equalValuesPaintNothing()
     XEmbedStatusItem item;
     item.setImage(image);
     QTRY_VERIFY_WITH_TIMEOUT(!findOnScreen(green).isEmpty(), patience);
-    QTest::qWait(600); // Until the tray has settled and the item looked what is behind it.
+    QTRY_VERIFY_WITH_TIMEOUT(drawings >= 2, patience); // The second when it has seen what is behind it.
     drawings = 0;
     for (int second = 0; second < 5; ++second) {
         item.setImage(image);
@@ -129,6 +146,23 @@ void XEmbedStatusItemTest::twoQuickClicksAreTwo()
     QVERIFY(clickAt(place));
     QTRY_COMPARE_WITH_TIMEOUT(activated.count(), 2, patience);
     QVERIFY(activated[0][0].toRect().contains(place));
+}
+
+void XEmbedStatusItemTest::aClickTellsTheButtonAfterTheTrayHasMoved()
+{
+    XEmbedStatusItem item;
+    item.setImage(coloredImage(green));
+    QTRY_VERIFY_WITH_TIMEOUT(!findOnScreen(green).isEmpty(), patience);
+    item.setTitle(u" 0:12:34"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(hasTextBeside(findOnScreen(green)), patience);
+    const QRect picture = findOnScreen(green);
+    QSignalSpy activated(&item, &StatusItem::activated);
+    QVERIFY(clickAt(picture.center()));
+    QTRY_COMPARE_WITH_TIMEOUT(activated.count(), 1, patience);
+    const QRect button = activated[0][0].toRect();
+    QVERIFY(button.contains(picture));
+    QVERIFY(button.right() > picture.right() + 30); // With the text beside it.
+    QVERIFY(button.right() < QGuiApplication::primaryScreen()->geometry().right() + 1);
 }
 
 void XEmbedStatusItemTest::theMenuOpensAndRuns()

@@ -1,6 +1,7 @@
 #include "Platform/Freedesktop/XEmbedStatusItem.h"
 
 #include "Platform/Freedesktop/ScreenSample.h"
+#include "Platform/Freedesktop/StatusButton.h"
 #include "Platform/Freedesktop/StatusMenu.h"
 
 #include <QApplication>
@@ -8,8 +9,11 @@
 #include <QIconEngine>
 #include <QPainter>
 #include <QWidget>
+#include <QWindow>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdlib>
 
 #include <xcb/xcb.h>
 
@@ -98,8 +102,8 @@ void XEmbedStatusItem::setImage(const StatusImage &image)
     if (m_face->image.key == image.key)
         return;
     m_face->image = image;
-    if (image.isTemplate)
-        look();
+    if (image.isTemplate || m_face->isTitlePainted)
+        look(); // Again and again, for the tray moves, and people change its colours.
     repaint();
 }
 
@@ -146,7 +150,7 @@ void XEmbedStatusItem::receiveClick(QSystemTrayIcon::ActivationReason reason)
 {
     // The second of two quick clicks comes as a double click alone.
     if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick)
-        emit activated(m_icon.geometry());
+        emit activated(place());
 }
 
 void XEmbedStatusItem::repaint()
@@ -154,15 +158,44 @@ void XEmbedStatusItem::repaint()
     m_icon.setIcon(QIcon(new Engine(m_face)));
 }
 
-/// Asks the tray for a window as wide as picture and title. Qt's icon has no call for it, but its window is one of the
-/// application's own widgets. Trays with square places give what they have.
+/// The window that the tray has taken in: one of the application's own widgets, though Qt's icon doesn't hand it out.
+QWidget *XEmbedStatusItem::window() const
+{
+    const auto windows = QApplication::topLevelWidgets();
+    const auto found = std::ranges::find(windows, u"QSystemTrayIconSys"_s, &QObject::objectName);
+    return found == windows.end() ? nullptr : *found;
+}
+
+/// Where the window is, in logical pixels. Qt isn't told when the tray moves with all that it holds, so the X server is
+/// asked.
+QRect XEmbedStatusItem::place() const
+{
+    const QWidget *icon = window();
+    const auto *x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (!icon || !icon->internalWinId() || !x11)
+        return m_icon.geometry();
+    xcb_connection_t *connection = x11->connection();
+    const auto id = xcb_window_t(icon->internalWinId());
+    const auto root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+    const auto asked = xcb_translate_coordinates(connection, id, root, 0, 0);
+    const std::unique_ptr<xcb_translate_coordinates_reply_t, decltype(&std::free)> reply(
+        xcb_translate_coordinates_reply(connection, asked, nullptr), &std::free);
+    if (!reply)
+        return m_icon.geometry();
+    return {toLogical(QPoint(reply->dst_x, reply->dst_y), barScreens()), icon->size()};
+}
+
+/// Asks the tray for a window as wide as picture and title. Trays with square places give what they have.
 void XEmbedStatusItem::claimWidth()
 {
+    // Not of the widget: that would take the size at once, and never learn that the tray has given it another.
+    const QWidget *icon = window();
+    QWindow *native = icon ? icon->windowHandle() : nullptr;
     const int width = m_face->title.isEmpty() ? pictureSide : pictureSide + titleWidth(m_face->title);
-    for (QWidget *window : QApplication::topLevelWidgets()) {
-        if (window->objectName() == "QSystemTrayIconSys"_L1 && window->minimumWidth() != width)
-            window->setMinimumWidth(width);
-    }
+    if (!native || native->minimumWidth() == width)
+        return;
+    native->setMinimumSize({width, pictureSide});
+    m_settled.start(); // The tray moves its windows now.
 }
 
 void XEmbedStatusItem::updateToolTip()
@@ -192,7 +225,7 @@ void XEmbedStatusItem::updateShown()
 /// Finds out what is behind the icon, of which its picture covers the lesser part.
 void XEmbedStatusItem::look()
 {
-    m_face->backdrop = backdropAt(m_icon.geometry());
+    m_face->backdrop = backdropAt(place());
 }
 
 } // namespace korvo

@@ -9,6 +9,8 @@
 
 #include <memory>
 
+class QWidget;
+
 namespace korvo {
 
 /// The status item of X11 trays of the older kind, which take in a small window. There is no label: where the tray
@@ -34,6 +36,8 @@ private:
     bool nativeEventFilter(const QByteArray &eventType, void *message, qintptr *result) override;
     void receiveClick(QSystemTrayIcon::ActivationReason reason);
     void repaint();
+    QWidget *window() const;
+    QRect place() const;
     void claimWidth();
     void updateToolTip();
     void updateShown();
@@ -44,7 +48,7 @@ private:
     QString m_text;
     QMenu m_menu;
     QSystemTrayIcon m_icon;
-    QTimer m_settled; ///< Since a tray has come.
+    QTimer m_settled; ///< Runs since a tray has taken in the window, or gives it another size.
     bool m_isShown = false;
 };
 
