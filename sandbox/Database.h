@@ -39,7 +39,7 @@ struct PropertySchema {
     QList<Option> options;
     QList<OptionGroup> groups;
     QString relatedDatabaseId;
-    QString syncedPropertyId; ///< The other side of a two-way relation; empty for a one-way relation.
+    QString syncedPropertyId;   ///< The other side of a two-way relation; empty for a one-way relation.
     QString relationPropertyId; ///< Of a rollup: the relation of this database that it follows.
     QString rolledUpPropertyId; ///< Of a rollup: the property of the related database that it gathers.
     QString function;

@@ -10,7 +10,7 @@ namespace korvo::sandbox {
 
 /// One end of a date property: a day, or a minute with its offset. The API keeps no seconds.
 struct DateText {
-    QDate day; ///< As written, in the value's own offset.
+    QDate day;                       ///< As written, in the value's own offset.
     std::optional<QDateTime> minute; ///< None for a day without a time.
 
     /// "2024-01-01", or "2025-09-22T11:19:00.000+02:00": always milliseconds and a numeric offset, never "Z".

@@ -14,14 +14,14 @@ namespace korvo::sandbox {
 /// What goes wrong with a request.
 struct Fault {
     enum class Kind {
-        answer, ///< `reply` is the answer; the request has no effect.
-        slow, ///< The request has its effect and its true answer, after the delay.
-        loseAnswer, ///< The request has its effect, then the connection is closed without a byte of an answer.
-        cutBody, ///< The request has its effect; its answer ends in the middle of the chunked body.
-        cutHeaders, ///< The request has its effect; its answer ends in the middle of the headers.
+        answer,             ///< `reply` is the answer; the request has no effect.
+        slow,               ///< The request has its effect and its true answer, after the delay.
+        loseAnswer,         ///< The request has its effect, then the connection is closed without a byte of an answer.
+        cutBody,            ///< The request has its effect; its answer ends in the middle of the chunked body.
+        cutHeaders,         ///< The request has its effect; its answer ends in the middle of the headers.
         closeWithoutAnswer, ///< The connection is closed; the request has no effect.
         closeBeforeReading, ///< The connection is closed as the request arrives; it is neither parsed nor recorded.
-        neverAnswer, ///< The connection stays open and silent; the request has no effect.
+        neverAnswer,        ///< The connection stays open and silent; the request has no effect.
     };
 
     Kind kind = Kind::answer;
@@ -49,10 +49,10 @@ struct Fault {
 
 /// Which requests a fault is for.
 struct FaultMatch {
-    QByteArray method; ///< Empty for any.
+    QByteArray method;     ///< Empty for any.
     QByteArray pathPrefix; ///< Empty for any.
-    int nth = 1; ///< The first request to meet it, counted among those that match.
-    int times = 1; ///< How many requests in all; -1 for ever.
+    int nth = 1;           ///< The first request to meet it, counted among those that match.
+    int times = 1;         ///< How many requests in all; -1 for ever.
 };
 
 /// The faults to come. Of those that match a request, the first that was added meets it.

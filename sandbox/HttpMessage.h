@@ -16,7 +16,7 @@ QByteArray headerValue(const Headers &headers, const QByteArray &name);
 /// A request as it was read.
 struct Request {
     QByteArray method;
-    QByteArray target; ///< Path and query as sent.
+    QByteArray target;    ///< Path and query as sent.
     int minorVersion = 1; ///< Of HTTP/1.
     Headers headers;
     QByteArray body;

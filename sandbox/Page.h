@@ -22,7 +22,7 @@ struct Page {
     QJsonValue icon;
     QJsonValue cover;
     QHash<QString, QJsonValue> values;
-    int number = 0; ///< Of the unique_id property, counted in the database.
+    int number = 0;      ///< Of the unique_id property, counted in the database.
     qint64 sequence = 0; ///< Counts the pages of the workspace in the order of their making.
     bool isInTrash = false;
 };

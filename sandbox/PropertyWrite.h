@@ -14,7 +14,7 @@ class Workspace;
 /// What one property of a write changes, checked and ready to be kept.
 struct PropertyChange {
     QString propertyId;
-    QJsonValue stored; ///< As Page keeps it.
+    QJsonValue stored;        ///< As Page keeps it.
     QList<Option> newOptions; ///< Options that the write makes by naming them.
 };
 

@@ -18,7 +18,7 @@ class Workspace;
 
 /// A request as the server met it, whether or not a fault came over it.
 struct RecordedRequest {
-    int index = 0; ///< Counts the requests from 0.
+    int index = 0;      ///< Counts the requests from 0.
     int connection = 0; ///< The number of its connection, from 1.
     QByteArray method;
     QByteArray target; ///< Path and query as sent.

@@ -6,9 +6,9 @@ namespace korvo::sandbox {
 
 /// What a TLS server needs, in PEM form.
 struct TestCertificate {
-    QByteArray authority; ///< The certificate of the authority, which a client has to trust.
+    QByteArray authority;   ///< The certificate of the authority, which a client has to trust.
     QByteArray certificate; ///< For "api.notion.com", "localhost" and 127.0.0.1, signed by the authority.
-    QByteArray key; ///< The private key of `certificate`.
+    QByteArray key;         ///< The private key of `certificate`.
 
     bool isValid() const { return !key.isEmpty(); }
 };

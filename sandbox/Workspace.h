@@ -29,20 +29,20 @@ public:
     QString tasksId() const;
     QString timeTrackerId() const;
     QString personId() const; ///< The user who made the content.
-    QString botId() const; ///< The user as which the API key acts.
+    QString botId() const;    ///< The user as which the API key acts.
 
     /// The fourteen names that a time tracker needs, keyed as Korvo keeps them.
     static QJsonObject fieldMapping();
 
     QDateTime now() const { return m_clock(); }
 
-    const Database *database(const QString &id) const; ///< Null if there is none of that id.
-    const Page *page(const QString &id) const; ///< Null if there is none; pages in the trash are there.
+    const Database *database(const QString &id) const;         ///< Null if there is none of that id.
+    const Page *page(const QString &id) const;                 ///< Null if there is none; pages in the trash are there.
     QList<const Page *> rows(const QString &databaseId) const; ///< Not in the trash, the newest first.
     QStringList relatedIds(const Page &page, const PropertySchema &relation) const; ///< Those not in the trash.
     QString titleOf(const Page &page) const;
     QJsonObject userJson(const QString &userId) const; ///< Full, or {object, id} for a stranger.
-    QJsonObject meJson() const; ///< The answer of users/me, without request_id.
+    QJsonObject meJson() const;                        ///< The answer of users/me, without request_id.
 
     /// The page object of a row, as an answer shows it; empty if there is no such page.
     QJsonObject pageById(const QString &id) const;

@@ -41,7 +41,7 @@ struct NotionProperty {
     static PropertyType propertyTypeFromRawValue(QStringView rawValue);
     static QString rawValue(PropertyType type);
 
-    QString id; ///< Notion's identifier, the identity in lists; empty if the JSON held none.
+    QString id;   ///< Notion's identifier, the identity in lists; empty if the JSON held none.
     QString name; ///< As the user sees it in Notion, which is what a `FieldMapping` stores.
     PropertyType type = PropertyType::unknown;
     QStringList selectOptions; ///< The options of a select or status property, in Notion's order.

@@ -13,9 +13,9 @@ public:
     enum Status {
         ok = 0,
         notSupported = -1, ///< This desktop has no such service.
-        unknownKey = -2, ///< No key of that code is known, or none that the desktop could grab.
-        notBound = -3, ///< The desktop agreed, but to nothing.
-        serviceLost = -4, ///< The desktop's service has gone, and the key with it.
+        unknownKey = -2,   ///< No key of that code is known, or none that the desktop could grab.
+        notBound = -3,     ///< The desktop agreed, but to nothing.
+        serviceLost = -4,  ///< The desktop's service has gone, and the key with it.
     };
 
     using QObject::QObject;

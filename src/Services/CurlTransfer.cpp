@@ -158,7 +158,7 @@ size_t CurlTransfer::headerArrived(char *data, size_t size, size_t count, void *
 void CurlTransfer::readHeader(const QByteArray &line)
 {
     if (m_hasFinalHead)
-        return; // A trailer after the body.
+        return;                     // A trailer after the body.
     if (line.startsWith("HTTP/")) { // The answer, or the next after an interim one such as 100.
         m_response.headers.clear();
     } else if (line.trimmed().isEmpty()) {

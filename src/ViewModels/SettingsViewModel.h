@@ -98,7 +98,7 @@ public:
     void loadProjectsSchema();
 
     // What the pickers offer: read from the schemas each time, in the order of names, and empty without the schema.
-    QList<NotionProperty> ttDateProperties() const; ///< Also created times.
+    QList<NotionProperty> ttDateProperties() const;   ///< Also created times.
     QList<NotionProperty> ttSelectProperties() const; ///< Also of the status type.
     QList<NotionProperty> ttRelationProperties() const;
     QList<NotionProperty> taskTitleProperties() const;
@@ -107,7 +107,7 @@ public:
     QList<NotionProperty> taskRelationProperties() const;
     QList<NotionProperty> projectRelationProperties() const;
     QList<NotionProperty> taskRollupProperties() const;
-    QStringList ttStatusOptions() const; ///< The options of the mapped status property of an entry.
+    QStringList ttStatusOptions() const;        ///< The options of the mapped status property of an entry.
     QStringList taskTimerStatusOptions() const; ///< The options of the mapped status property of a task.
 
 private:

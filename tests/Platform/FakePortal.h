@@ -39,8 +39,8 @@ public:
     bool hasShortcuts = true; ///< Else it is a portal without that interface.
     Reply onCreate = Reply::yes;
     Reply onBind = Reply::yes;
-    QStringList calls; ///< The methods called, in order.
-    QString session; ///< The path of the last one.
+    QStringList calls;    ///< The methods called, in order.
+    QString session;      ///< The path of the last one.
     QVariantMap shortcut; ///< What the program told of its shortcut, its identifier under "id".
     QStringList openSessions;
 

@@ -38,9 +38,9 @@ public:
     bool isRefusing = false;
     bool hasHost = true;
     bool isSilentAboutHosts = false; ///< Does not know the property that tells of hosts.
-    QString service; ///< Whom `call` calls.
-    QStringList registered; ///< What items gave as their names, in order.
-    QList<QDBusMessage> received; ///< Signals of items and of their menus, in order.
+    QString service;                 ///< Whom `call` calls.
+    QStringList registered;          ///< What items gave as their names, in order.
+    QList<QDBusMessage> received;    ///< Signals of items and of their menus, in order.
     QStringList receivedNames() const;
 
 private slots:

@@ -19,7 +19,7 @@ constexpr int patience = 15000;
 struct Kind {
     bool hasLabel = true;
     bool hasClick = true; ///< Else a click opens the menu.
-    QString program; ///< What to end and start anew.
+    QString program;      ///< What to end and start anew.
 };
 
 Kind kindOfTray()

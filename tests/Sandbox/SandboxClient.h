@@ -17,7 +17,7 @@ struct ClientAnswer {
     int status = 0; ///< 0 if not even a status line came.
     Headers headers;
     QByteArray body; ///< With chunks put together and unzipped.
-    QByteArray raw; ///< All bytes as they came.
+    QByteArray raw;  ///< All bytes as they came.
     bool hasWholeHead = false;
     bool isComplete = false;
 

@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr auto slowName = "slow.invalid";
-QSemaphore slowLookups; ///< Each unit lets one look-up of that name end.
+QSemaphore slowLookups;               ///< Each unit lets one look-up of that name end.
 std::atomic<int> lookupsUnderWay = 0; ///< Of that name.
 
 } // namespace

@@ -52,7 +52,7 @@ private slots:
 
 private:
     QMap<QString, QJsonObject> m_databases; ///< By the name of the file.
-    QSet<QString> m_types; ///< That have been read.
+    QSet<QString> m_types;                  ///< That have been read.
 };
 
 void NotionSchemaRecordingsTest::initTestCase()

@@ -353,7 +353,7 @@ void SettingsViewModelTest::ofTwoConnectionTestsTheAnswerThatArrivesLastWins()
     notion().isHolding = false;
     notion().answer(meCall, {}, 503); // The first test tries again a second later,
     notion().answer(meCall, {}, 401); // the second one fails,
-    notion().answer(meCall, {}); // and then the first one succeeds.
+    notion().answer(meCall, {});      // and then the first one succeeds.
     viewModel().testConnection();
     viewModel().testConnection();
     QTRY_COMPARE(viewModel().connectionSuccess(), std::optional(false));

@@ -60,7 +60,7 @@ private:
     quint32 m_keyCode = 0;
     quint32 m_modifiers = 0;
     QPointer<PortalRequest> m_request; ///< The question that is open.
-    QString m_session; ///< The path of the session, from the question for it on; empty without one.
+    QString m_session;                 ///< The path of the session, from the question for it on; empty without one.
 };
 
 } // namespace korvo

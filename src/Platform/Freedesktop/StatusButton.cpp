@@ -9,7 +9,7 @@ namespace korvo {
 namespace {
 
 constexpr int usualThickness = 24; // Of a bar that reserves no room, as one that hides itself.
-constexpr int nearDistance = 48; // Of a hint that can mean the button under the pointer.
+constexpr int nearDistance = 48;   // Of a hint that can mean the button under the pointer.
 
 /// The bar of a screen against one of its edges.
 struct Bar {

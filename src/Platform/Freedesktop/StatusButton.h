@@ -11,7 +11,7 @@ namespace korvo {
 /// A screen as the placing of the status item's button needs it: logical pixels, but the origin as the X server has it.
 struct BarScreen {
     QRect geometry;
-    QRect available; ///< What the desktop's bars leave of it.
+    QRect available;  ///< What the desktop's bars leave of it.
     double scale = 1; ///< Device pixels per logical pixel.
 };
 

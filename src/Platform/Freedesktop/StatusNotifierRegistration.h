@@ -14,8 +14,8 @@ class StatusNotifierRegistration final : public QObject {
     Q_OBJECT
 public:
     enum class State {
-        asking, ///< No answer yet.
-        absent, ///< There is no watcher, or it has nobody that shows items.
+        asking,  ///< No answer yet.
+        absent,  ///< There is no watcher, or it has nobody that shows items.
         refused, ///< The watcher doesn't take the item.
         shown,
     };
@@ -45,7 +45,7 @@ private:
 
     QDBusConnection m_connection;
     QString m_itemName;
-    QString m_watcher; ///< The unique bus name of the watcher; empty if there is none.
+    QString m_watcher;                   ///< The unique bus name of the watcher; empty if there is none.
     QMap<QString, QString> m_indicators; ///< By well-known name, the unique name of who has it.
     bool m_isWatcherKnown = false;
     bool m_isRegistered = false;

@@ -20,7 +20,7 @@ namespace korvo {
 namespace {
 
 constexpr std::chrono::milliseconds settleTime{300}; // After which the tray has drawn what is behind the icon.
-constexpr int pictureSide = 22; // What Qt's icon window asks of the tray.
+constexpr int pictureSide = 22;                      // What Qt's icon window asks of the tray.
 
 /// The room that a running time takes, up to 99 hours.
 int titleWidth(const QString &title)

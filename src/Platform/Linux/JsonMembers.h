@@ -23,7 +23,7 @@ public:
     const QList<QString> &keys() const { return m_keys; }
     bool contains(const QString &key) const { return m_texts.contains(key); }
     QByteArray text(const QString &key) const { return m_texts.value(key); } ///< Empty if there is no such member.
-    QJsonValue value(const QString &key) const; ///< Undefined if there is no such member.
+    QJsonValue value(const QString &key) const;                              ///< Undefined if there is no such member.
 
     /// Sets a member to a value given as JSON text: where it stands, or as the last one.
     void set(const QString &key, const QByteArray &text);

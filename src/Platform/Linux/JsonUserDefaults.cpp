@@ -27,7 +27,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr qint64 maximumSize = qint64{64} * 1024 * 1024; // What is larger was not written by us.
-constexpr auto lockPatience = 2s; // A write takes milliseconds.
+constexpr auto lockPatience = 2s;                        // A write takes milliseconds.
 constexpr auto base64Key = "base64"_L1;
 
 const QFile::Permissions readAndWrite = QFile::ReadOwner | QFile::WriteOwner;

@@ -44,10 +44,10 @@ private:
     bool acquire(QLockFile &lock);
 
     const QString m_path;
-    JsonMembers m_view; ///< What this process sees.
+    JsonMembers m_view;      ///< What this process sees.
     QSet<QString> m_changed; ///< Keys whose value is to be stored whatever stands there.
-    bool m_wasRead = false; ///< Whether it was ever known what the file holds.
-    bool m_isStored = true; ///< Whether the last attempt to write went well.
+    bool m_wasRead = false;  ///< Whether it was ever known what the file holds.
+    bool m_isStored = true;  ///< Whether the last attempt to write went well.
     std::chrono::milliseconds m_lockPatience;
 };
 

@@ -15,13 +15,13 @@ namespace {
 const QSet<QString> &modelsWithHousing()
 {
     static const QSet<QString> models{
-        u"j314"_s, u"j316"_s, // MacBook Pro 14 and 16 inch, M1 Pro and Max
-        u"j414"_s, u"j416"_s, // the same, M2
+        u"j314"_s, u"j316"_s,            // MacBook Pro 14 and 16 inch, M1 Pro and Max
+        u"j414"_s, u"j416"_s,            // the same, M2
         u"j504"_s, u"j514"_s, u"j516"_s, // the same, M3; j504 with the plain chip
         u"j604"_s, u"j614"_s, u"j616"_s, // the same, M4; j604 with the plain chip
-        u"j413"_s, u"j415"_s, // MacBook Air 13 and 15 inch, M2
-        u"j613"_s, u"j615"_s, // the same, M3
-        u"j713"_s, u"j715"_s, // the same, M4
+        u"j413"_s, u"j415"_s,            // MacBook Air 13 and 15 inch, M2
+        u"j613"_s, u"j615"_s,            // the same, M3
+        u"j713"_s, u"j715"_s,            // the same, M4
     };
     return models;
 }

@@ -28,9 +28,9 @@ public:
 private:
     /// One combination for each state of the locks.
     struct Grab {
-        quint8 key = 0; ///< X key code.
+        quint8 key = 0;        ///< X key code.
         quint16 modifiers = 0; ///< X bits.
-        quint16 locks = 0; ///< Bits that a press may have besides.
+        quint16 locks = 0;     ///< Bits that a press may have besides.
         QList<quint16> combinations() const;
     };
 
