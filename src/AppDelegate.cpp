@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "Platform/NotificationCenter.h"
 #include "Platform/Platform.h"
 #include "Platform/Screens.h"
 #include "Platform/StatusItem.h"
@@ -54,7 +55,7 @@ AppDelegate::AppDelegate(Platform &platform, HttpTransport &transport, AppSettin
     m_platform(platform),
     m_settings(settings),
     m_clock(platform.clock()),
-    m_timerVM(transport, settings, m_clock)
+    m_timerVM(platform.notificationCenter(), transport, settings, m_clock)
 {
 }
 
@@ -73,6 +74,7 @@ void AppDelegate::applicationDidFinishLaunching()
     connect(&m_statusBarTimer, &QTimer::timeout, this, &AppDelegate::updateStatusBarAppearance);
     m_statusBarTimer.start(1s);
 
+    m_platform.notificationCenter().requestAuthorization();
     m_timerVM.startPollingIfConfigured();
     Log::info(u"Physical notch detected: "_s + (hasPhysicalNotch() ? u"true"_s : u"false"_s));
     Log::info(u"App launch complete"_s);
@@ -111,6 +113,7 @@ void AppDelegate::updateStatusBarAppearance()
     const auto &entry = m_timerVM.activeTimer();
     if (entry && entry->status == TimerEntry::TimerStatus::running) {
         const double elapsed = elapsedSeconds(*entry, m_clock);
+        m_timerVM.checkReminder(elapsed);
         if (isNotchActive()) {
             m_statusItem->setImage(makeSymbolImage(Symbol::timer, u"Korvo"_s));
             m_statusItem->setTitle({});

@@ -1,5 +1,7 @@
 #include "KorvoApp.h"
 
+#include "Platform/KeyboardLayout.h"
+#include "Platform/LoginItem.h"
 #include "Platform/Platform.h"
 #include "Platform/UserDefaults.h"
 #include "Utilities/Clock.h"
@@ -18,12 +20,15 @@ KorvoApp::Shared::Shared(Platform &platform)
 {
     Clock::setShared(&platform.clock());
     UserDefaults::setStandard(&platform.userDefaults());
+    KeyboardLayout::setShared(&platform.keyboardLayout());
+    LoginItem::setShared(&platform.loginItem());
     Log::setSystemLog(&platform.systemLog());
 }
 
 KorvoApp::Shared::~Shared()
 {
     Log::setSystemLog(nullptr);
+    LoginItem::setShared(nullptr);
 }
 
 KorvoApp::KorvoApp(int &argc, char **argv, Platform &platform) : m_shared(platform), m_application(argc, argv)

@@ -10,7 +10,7 @@ namespace korvo {
 
 class Platform;
 
-/// The application: gives the process its clock, store and log, and hands control to the `AppDelegate`.
+/// The application: gives the process its clock, store, log, keyboard layout and login item, and hands control to the `AppDelegate`.
 class KorvoApp {
 public:
     /// The platform must outlive it.

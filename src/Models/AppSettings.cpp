@@ -1,5 +1,7 @@
 #include "Models/AppSettings.h"
 
+#include "Models/LaunchAtLoginHelper.h"
+
 #include <QScopedValueRollback>
 
 #include <limits>
@@ -98,6 +100,7 @@ void AppSettings::setLaunchAtLogin(bool launchAtLogin)
 {
     m_launchAtLogin = launchAtLogin;
     save();
+    LaunchAtLoginHelper::setEnabled(m_launchAtLogin.valueBypassingBindings()); // An observer may have changed it.
 }
 
 void AppSettings::setReminderHours(double reminderHours)

@@ -53,7 +53,8 @@ public:
     QBindable<double> bindablePollIntervalIdle() const { return &m_pollIntervalIdle; }
     void setPollIntervalIdle(double pollIntervalIdle);
 
-    /// Whether the program starts at login.
+    /// Whether the program starts at login, as the user wants it. Each write is carried to the desktop too; what comes of
+    /// it doesn't change the setting.
     bool launchAtLogin() const { return m_launchAtLogin; }
     QBindable<bool> bindableLaunchAtLogin() const { return &m_launchAtLogin; }
     void setLaunchAtLogin(bool launchAtLogin);

@@ -9,6 +9,10 @@
 namespace korvo {
 
 class Clock;
+class KeyGrabber;
+class KeyboardLayout;
+class LoginItem;
+class NotificationCenter;
 class Screens;
 class StatusItem;
 class SystemLog;
@@ -30,7 +34,11 @@ public:
     virtual SystemLog &systemLog() = 0;
     virtual UserDefaults &userDefaults() = 0;
     virtual Screens &screens() = 0;
+    virtual const KeyboardLayout &keyboardLayout() = 0;
+    virtual LoginItem &loginItem() = 0;
+    virtual NotificationCenter &notificationCenter() = 0;
     virtual std::unique_ptr<StatusItem> makeStatusItem() = 0;
+    virtual std::unique_ptr<KeyGrabber> makeKeyGrabber() = 0;
 
     /// Calls `handler` on whatever thread receives one of the signals SIGTERM, SIGINT and SIGABRT, with its number; the
     /// program then goes on where the system lets it.

@@ -21,8 +21,10 @@ std::optional<QString> idOf(const std::optional<TimerEntry> &entry)
 
 } // namespace
 
-TimerViewModel::TimerViewModel(HttpTransport &transport, AppSettings &settings, Clock &clock, QObject *parent) :
+TimerViewModel::TimerViewModel(NotificationCenter &notifications, HttpTransport &transport, AppSettings &settings,
+                               Clock &clock, QObject *parent) :
     QObject(parent),
+    m_notifications(notifications),
     m_api(std::make_shared<NotionAPIService>(transport, settings, clock)),
     m_settings(settings),
     m_clock(clock)
@@ -37,6 +39,7 @@ TimerViewModel::~TimerViewModel()
 {
     if (m_pollTask.value())
         m_pollTask.value()->request_stop();
+    m_actionStop.request_stop();
 }
 
 void TimerViewModel::startPollingIfConfigured()

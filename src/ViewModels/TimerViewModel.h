@@ -18,13 +18,15 @@
 
 namespace korvo {
 
+class NotificationCenter;
+
 /// The heart of the program: what the last poll saw of the running timer and of today's tasks, and the loop that polls.
 /// Everything shown is read from here; only this class writes it. An observer is told of real changes alone.
 class TimerViewModel : public QObject {
     Q_OBJECT
 public:
-    /// Performs no request and reads no setting. All three references must outlive it and its requests.
-    explicit TimerViewModel(HttpTransport &transport = HttpTransport::shared(),
+    /// Performs no request and reads no setting. All references must outlive it and its requests.
+    explicit TimerViewModel(NotificationCenter &notifications, HttpTransport &transport = HttpTransport::shared(),
                             AppSettings &settings = AppSettings::shared(), Clock &clock = Clock::shared(),
                             QObject *parent = nullptr);
     ~TimerViewModel() override;
@@ -59,6 +61,20 @@ public:
     /// Ends the poll loop. What it last saw stays.
     void stopPolling();
 
+    /// Ends the entry that runs, if one does, begins one for the task, and polls. Dropped while an action is in progress;
+    /// a failure ends as `errorMessage` and leaves what was already written.
+    void startTimer(const NotionTask &task);
+
+    /// Ends the active entry, whatever its status, and polls. Otherwise as `startTimer`.
+    void stopTimer();
+
+    /// Creates a task of that name dated now, begins its entry, and polls. Otherwise as `startTimer`; logged either way.
+    void quickAddTask(const QString &name);
+
+    /// To be called each second while a timer runs, with its elapsed seconds: reminds once for each entry, if reminders
+    /// are on, as soon as the entry has reached the limit.
+    void checkReminder(double elapsed);
+
 signals:
     void activeTimerChanged();
     void todayTasksChanged();
@@ -78,7 +94,18 @@ private:
     /// Reads timer and tasks; gives the words of what failed.
     QCoro::Task<std::optional<QString>> readWorkspace(std::stop_token stop);
     void setActiveTimer(std::optional<TimerEntry> entry);
+    void setLoading(bool isLoading) { m_isLoading = isLoading; }
 
+    // The actions, and their writes, which give the words of what failed.
+    QCoro::Task<> runStart(NotionTask task);
+    QCoro::Task<> runStop(TimerEntry entry);
+    QCoro::Task<> runQuickAdd(QString name);
+    QCoro::Task<std::optional<QString>> writeStart(NotionTask task);
+    QCoro::Task<std::optional<QString>> writeQuickAdd(QString name);
+    QCoro::Task<std::optional<QString>> closeRunningEntry();
+    void sendReminderNotification();
+
+    NotificationCenter &m_notifications;
     std::shared_ptr<NotionAPIService> m_api; // Shared with requests under way, which may outlive this object.
     AppSettings &m_settings;
     Clock &m_clock;
@@ -95,6 +122,7 @@ private:
                                          &TimerViewModel::isTimerRunningChanged)
     QProperty<PollTask> m_pollTask;
     QProperty<bool> m_reminderSentForCurrentSession{false};
+    std::stop_source m_actionStop; ///< Ends the requests of an action when this object goes.
 };
 
 } // namespace korvo

@@ -58,6 +58,7 @@ private slots:
 
     void launchWritesItsLinesInOrder();
     void itemIsNeverBlank();
+    void permissionForNotificationsIsAskedOnceAtLaunch();
     void endWritesItsLinesInOrderAndTakesTheItemAway();
     void aRunningTimerIsNotStoppedAtTheEnd();
     void closingTheLastWindowDoesNotEndTheProgram();
@@ -81,6 +82,9 @@ private slots:
     void aNetworkErrorShowsTheWarningUntilAPollSucceeds();
     void aStoppedEntryCountsAsNoTimer();
     void theTickMovesTheClock();
+    void theReminderComesOnceAlsoWithANotchActive_data();
+    void theReminderComesOnceAlsoWithANotchActive();
+    void aStoppedEntryIsNotRemindedOf();
     void toolTipNamesTheTaskAndChangesWithTheMinute();
     void aPageOfAGatewayIsCutToALineInTheToolTip();
     void nearlyAnHourIsANearlyFullRing();
@@ -158,6 +162,16 @@ void AppDelegateTest::itemIsNeverBlank()
     QCOMPARE(item().image.key, u"symbol timer"_s);
     QCOMPARE(item().image.description, u"Korvo"_s);
     QCOMPARE(item().title, QString());
+}
+
+void AppDelegateTest::permissionForNotificationsIsAskedOnceAtLaunch()
+{
+    QCOMPARE(m_world->platform.fakeNotifications.authorizationCount, 0);
+    launchWithTimer(60);
+    m_world->platform.fakeClock.setNow(m_world->platform.fakeClock.now().addSecs(1));
+    QTRY_COMPARE(item().title, u" 0:01:01"_s);
+    QCOMPARE(m_world->platform.fakeNotifications.authorizationCount, 1);
+    QVERIFY(m_world->platform.fakeNotifications.shown.isEmpty()); // Reminders are off.
 }
 
 void AppDelegateTest::endWritesItsLinesInOrderAndTakesTheItemAway()
@@ -356,6 +370,40 @@ void AppDelegateTest::theTickMovesTheClock()
     launchWithTimer(60);
     m_world->platform.fakeClock.setNow(m_world->platform.fakeClock.now().addSecs(1));
     QTRY_COMPARE(item().title, u" 0:01:01"_s);
+}
+
+void AppDelegateTest::theReminderComesOnceAlsoWithANotchActive_data()
+{
+    QTest::addColumn<double>("inset");
+    QTest::newRow("in the tray") << 0.0;
+    QTest::newRow("with a notch active") << 32.0;
+}
+
+void AppDelegateTest::theReminderComesOnceAlsoWithANotchActive()
+{
+    QFETCH(double, inset);
+    m_world->platform.fakeScreens.setSingle(QRectF(0, 0, 1512, 982), inset);
+    m_world->settings.settings.setUseNotchUI(true);
+    m_world->settings.settings.setReminderEnabled(true);
+    m_world->settings.settings.setReminderHours(1);
+    launchWithTimer(3599);
+    const auto &shown = m_world->platform.fakeNotifications.shown;
+    QVERIFY(shown.isEmpty());
+    m_world->platform.fakeClock.setNow(m_world->platform.fakeClock.now().addSecs(1));
+    QTRY_COMPARE(shown.size(), 1);
+    QCOMPARE(shown.first().title, u"Timer Running"_s);
+    QCOMPARE(shown.first().body, u"Your timer has been running for over 1 hours."_s);
+    m_world->platform.fakeClock.setNow(m_world->platform.fakeClock.now().addSecs(60));
+    QTRY_COMPARE(item().text, u"Running for 1:01"_s);
+    QCOMPARE(shown.size(), 1);
+}
+
+void AppDelegateTest::aStoppedEntryIsNotRemindedOf()
+{
+    m_world->settings.settings.setReminderEnabled(true);
+    m_world->settings.settings.setReminderHours(0);
+    launchWithTimer(60, u"Stopped"_s);
+    QVERIFY(m_world->platform.fakeNotifications.shown.isEmpty());
 }
 
 void AppDelegateTest::toolTipNamesTheTaskAndChangesWithTheMinute()

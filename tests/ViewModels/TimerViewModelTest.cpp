@@ -1,5 +1,6 @@
 #include "ViewModels/TimerViewModel.h"
 #include "Fakes/FakeClock.h"
+#include "Fakes/FakeNotificationCenter.h"
 #include "Fakes/FakeNotion.h"
 #include "Fakes/FakeSystemLog.h"
 #include "Fakes/NotionPages.h"
@@ -92,6 +93,7 @@ private:
     struct World {
         FakeNotion notion;
         FakeClock clock;
+        FakeNotificationCenter notifications;
         TestSettings settings;
         FakeSystemLog log;
         std::unique_ptr<TimerViewModel> viewModel;
@@ -114,7 +116,8 @@ void TimerViewModelTest::init()
 {
     m_world = std::make_unique<World>();
     TestSettings::configure(m_world->settings.settings);
-    m_world->viewModel = std::make_unique<TimerViewModel>(notion(), m_world->settings.settings, m_world->clock);
+    m_world->viewModel = std::make_unique<TimerViewModel>(m_world->notifications, notion(), m_world->settings.settings,
+                                                          m_world->clock);
     notion().answerRows(trackerQuery, {});
     notion().answerRows(tasksQuery, {});
 }

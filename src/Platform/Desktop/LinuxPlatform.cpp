@@ -1,11 +1,16 @@
+#include "Platform/Desktop/DesktopKeyGrabber.h"
+#include "Platform/Freedesktop/DesktopNotifications.h"
 #include "Platform/Freedesktop/JournalLog.h"
 #include "Platform/Freedesktop/TrayStatusItem.h"
+#include "Platform/KeyGrabber.h"
+#include "Platform/Linux/AutostartLoginItem.h"
 #include "Platform/Linux/ExceptionLog.h"
 #include "Platform/Linux/JsonUserDefaults.h"
 #include "Platform/Linux/LinuxClock.h"
 #include "Platform/Linux/QtScreens.h"
 #include "Platform/Linux/SignalLog.h"
 #include "Platform/Platform.h"
+#include "Platform/X11/XkbKeyboardLayout.h"
 
 #include <QtGlobal>
 
@@ -22,7 +27,11 @@ public:
     SystemLog &systemLog() override { return m_systemLog; }
     UserDefaults &userDefaults() override { return m_userDefaults; }
     Screens &screens() override { return m_screens; }
+    const KeyboardLayout &keyboardLayout() override { return m_keyboardLayout; }
+    LoginItem &loginItem() override { return m_loginItem; }
+    NotificationCenter &notificationCenter() override { return m_notificationCenter; }
     std::unique_ptr<StatusItem> makeStatusItem() override { return std::make_unique<TrayStatusItem>(); }
+    std::unique_ptr<KeyGrabber> makeKeyGrabber() override { return makeDesktopKeyGrabber(); }
     void setSignalHandler(void (*handler)(int signal)) override { SignalLog::install(handler); }
     void setExceptionHandler(void (*handler)(const UncaughtException &exception)) override
     {
@@ -34,6 +43,9 @@ private:
     JournalLog m_systemLog;
     JsonUserDefaults m_userDefaults;
     QtScreens m_screens;
+    XkbKeyboardLayout m_keyboardLayout;
+    AutostartLoginItem m_loginItem;
+    DesktopNotifications m_notificationCenter;
 };
 
 /// Windows can't place themselves under Wayland: there the program runs through XWayland, unless the user says otherwise.
