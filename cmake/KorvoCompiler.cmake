@@ -9,6 +9,12 @@ if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
     set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
 endif()
 
+# Line numbers are all that a back trace needs; full debug information makes every compilation and link of a debug build
+# much slower. For a debugger: cmake --preset debug -DCMAKE_CXX_FLAGS_DEBUG="-g -O0"
+if(CMAKE_CXX_FLAGS_DEBUG STREQUAL "-g")
+    set(CMAKE_CXX_FLAGS_DEBUG "-g1")
+endif()
+
 add_library(korvo_compiler INTERFACE)
 target_compile_options(korvo_compiler INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wold-style-cast

@@ -132,6 +132,7 @@ private:
                                          &AppSettings::quickAddModifiersChanged)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppSettings, bool, m_showDockIcon, true, &AppSettings::showDockIconChanged)
     QProperty<bool> m_isConfigured;
+    bool m_isTellingOfMapping = false;
 };
 
 } // namespace korvo

@@ -19,7 +19,7 @@ struct TimerEntry {
     QString id; ///< Page identifier, the identity in lists.
     QDateTime startTime;
     std::optional<QDateTime> endTime = std::nullopt; ///< None while running.
-    std::optional<QString> taskId; ///< Page identifier of the related task.
+    std::optional<QString> taskId;                   ///< Page identifier of the related task.
     QString taskName;
     TimerStatus status = TimerStatus::stopped;
     std::optional<QString> projectName = std::nullopt;

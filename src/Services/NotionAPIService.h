@@ -17,7 +17,9 @@
 namespace korvo {
 
 /// The six operations of the Notion REST API that the program uses, with their retries and their one error type. Knows
-/// nothing of tasks and timers.
+/// nothing of tasks and timers. The key is read from the settings as each operation begins; one that holds a control
+/// character, such as a line break, is never sent: the operation fails as by the network. A stop shows up as a failed
+/// send or pause and takes the retries' course, which then runs through without waiting.
 class NotionAPIService {
 public:
     /// What an operation fails with. `errorDescription` is the text for the user.
@@ -90,6 +92,9 @@ public:
     QCoro::Task<Result<QJsonObject>> getMe(std::stop_token stop = {});
 
 private:
+    QCoro::Task<Result<QJsonObject>> execute(const QByteArray &method, const QString &path,
+                                             const std::optional<QJsonObject> &body, std::stop_token stop);
+
     HttpTransport &m_transport;
     const AppSettings &m_settings;
     Clock &m_clock;

@@ -10,7 +10,7 @@ class SystemLog;
 /// outwards. Never hand it a key.
 namespace Log {
 
-void info(const QString &message); ///< A life-cycle event of the program.
+void info(const QString &message);  ///< A life-cycle event of the program.
 void error(const QString &message); ///< A failure that the program goes on from.
 void fault(const QString &message); ///< The last words of a crash.
 

@@ -35,16 +35,16 @@ void drawWifiExclamationmark(QPainter &painter, QPen pen)
 {
     painter.setPen(pen);
     painter.setBrush(Qt::NoBrush);
-    const QPointF source(8, 14);
+    const QPointF source(7.5, 14);
     for (const double radius : {10.2, 6.8, 3.4}) {
         const QRectF wave(source.x() - radius, source.y() - radius, 2 * radius, 2 * radius);
-        painter.drawArc(wave, 48 * sixteenths, 84 * sixteenths);
+        painter.drawArc(wave, 58 * sixteenths, 76 * sixteenths); // Room for the mark at the right.
     }
     painter.setPen(Qt::NoPen);
     painter.setBrush(pen.color());
     painter.drawEllipse(source, 1.2, 1.2);
-    painter.drawRoundedRect(QRectF(14.2, 8, 1.8, 5), 0.9, 0.9);
-    painter.drawEllipse(QPointF(15.1, 15), 1.1, 1.1);
+    painter.drawRoundedRect(QRectF(14.4, 7.6, 1.8, 5.2), 0.9, 0.9);
+    painter.drawEllipse(QPointF(15.3, 14.9), 1.1, 1.1);
 }
 
 QString nameOf(Symbol symbol)

@@ -52,7 +52,7 @@ public:
         return int(m_sleepers.size());
     }
 
-    QList<Wait> waits; ///< Each wait that was asked for, in order.
+    QList<Wait> waits;      ///< Each wait that was asked for, in order.
     bool isInstant = false; ///< Every wait ends at once, as if its time had passed.
 
 private:

@@ -3,6 +3,7 @@
 #include "Utilities/DiagnosticLogger.h"
 #include "Utilities/SystemLog.h"
 
+#include <QString>
 #include <QStringList>
 
 namespace korvo {
@@ -12,18 +13,39 @@ class FakeSystemLog final : public SystemLog {
 public:
     FakeSystemLog() { Log::setSystemLog(this); }
     ~FakeSystemLog() override { Log::setSystemLog(nullptr); }
-    FakeSystemLog(const FakeSystemLog &) = delete;
-    FakeSystemLog &operator=(const FakeSystemLog &) = delete;
+    Q_DISABLE_COPY_MOVE(FakeSystemLog)
 
     void write(Level level, const QByteArray &message) override
     {
-        const auto word = level == Level::info ? QStringLiteral("INFO ")
-            : level == Level::error            ? QStringLiteral("ERROR ")
-                                               : QStringLiteral("FAULT ");
-        lines.append(word + QString::fromUtf8(message));
+        lines.append(word(level) + QString::fromUtf8(message));
+    }
+
+    /// The messages of one level, in order, without its word.
+    QStringList messages(Level level) const
+    {
+        QStringList found;
+        for (const auto &line : lines) {
+            if (line.startsWith(word(level)))
+                found.append(line.mid(word(level).size()));
+        }
+        return found;
     }
 
     QStringList lines;
+
+private:
+    static QString word(Level level)
+    {
+        switch (level) {
+        case Level::info:
+            return QStringLiteral("INFO ");
+        case Level::error:
+            return QStringLiteral("ERROR ");
+        case Level::fault:
+            return QStringLiteral("FAULT ");
+        }
+        return {};
+    }
 };
 
 } // namespace korvo

@@ -4,11 +4,15 @@
 
 #include <QMap>
 
+#include <utility>
+
 namespace korvo {
 
 /// A store in memory that counts its writes.
 class FakeUserDefaults final : public UserDefaults {
 public:
+    explicit FakeUserDefaults(QMap<QString, Value> stored = {}) : values(std::move(stored)) { }
+
     bool contains(const QString &key) const override { return values.contains(key); }
     std::optional<QString> string(const QString &key) const override { return get<QString>(key); }
     std::optional<double> number(const QString &key) const override

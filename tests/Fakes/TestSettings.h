@@ -3,11 +3,23 @@
 #include "Fakes/FakeUserDefaults.h"
 #include "Models/AppSettings.h"
 
+#include <memory>
+#include <utility>
+
 namespace korvo {
 
 /// Settings of one test, over a store in memory.
 class TestSettings {
 public:
+    /// Settings of a start that finds these values in the store.
+    explicit TestSettings(QMap<QString, UserDefaults::Value> stored = {}) : defaults(std::move(stored)) { }
+
+    /// Settings of a start with a store of another kind, which must outlive them.
+    static std::unique_ptr<AppSettings> load(UserDefaults &defaults)
+    {
+        return std::unique_ptr<AppSettings>(new AppSettings(defaults));
+    }
+
     /// Settings as a user has them who has set up everything for the sample workspace's property names.
     static void configure(AppSettings &settings)
     {

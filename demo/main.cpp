@@ -1,0 +1,48 @@
+// korvo-demo [--poll SECONDS] - Korvo on a sample workspace inside the same process, with settings of its own.
+// Prints the line by which others reach the workspace, as korvo-sandbox does.
+
+#include "KorvoApp.h"
+#include "Platform/Platform.h"
+#include "WorkspaceSettings.h"
+#include "sandbox/ControlRouter.h"
+#include "sandbox/SandboxServer.h"
+
+#include <QCommandLineParser>
+#include <QJsonDocument>
+#include <QTemporaryDir>
+
+#include <cstdio>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+int main(int argc, char **argv)
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    QCommandLineParser parser;
+    parser.addOption({u"poll"_s, u"Seconds between polls."_s, u"seconds"_s, u"5"_s});
+    parser.parse(arguments);
+
+    const QTemporaryDir folder;
+    const auto platform = korvo::Platform::create(folder.filePath(u"defaults.json"_s));
+    auto sandbox = std::make_unique<korvo::sandbox::SandboxServer>();
+    // The ids and the key are the same at each start; the port isn't known yet, but no setting holds it.
+    korvo::demo::storeSettings(platform->userDefaults(), korvo::sandbox::serverInfo(*sandbox),
+                               parser.value(u"poll"_s).toDouble());
+
+    korvo::KorvoApp app(argc, argv, *platform);
+    if (!sandbox->listen()) {
+        std::fprintf(stderr, "korvo-demo: %s\n", qPrintable(sandbox->errorString()));
+        return 1;
+    }
+    const auto workspace = korvo::sandbox::serverInfo(*sandbox);
+    korvo::demo::redirectRequests(workspace);
+    std::puts(QJsonDocument(workspace).toJson(QJsonDocument::Compact).constData());
+    std::fflush(stdout);
+
+    const int status = app.exec();
+    sandbox.reset(); // Its sockets end before the application does.
+    return status;
+}

@@ -1,0 +1,121 @@
+#include "Platform/Freedesktop/StatusNotifierItem.h"
+
+#include "Platform/Freedesktop/DBusMenu.h"
+#include "Platform/Freedesktop/StatusButton.h"
+#include "Platform/Freedesktop/StatusMenu.h"
+#include "Platform/Freedesktop/StatusNotifierObject.h"
+
+#include <QCoreApplication>
+#include <QMenu>
+
+using namespace Qt::StringLiterals;
+
+namespace korvo {
+
+namespace {
+
+constexpr auto itemPath = "/StatusNotifierItem"_L1;
+constexpr auto menuPath = "/MenuBar"_L1;
+
+/// A connection to the session bus that nothing else in the process uses.
+class OwnConnection {
+public:
+    explicit OwnConnection(QString name) :
+        m_name(std::move(name)),
+        m_connection(QDBusConnection::connectToBus(QDBusConnection::SessionBus, m_name))
+    {
+    }
+    ~OwnConnection() { QDBusConnection::disconnectFromBus(m_name); }
+    OwnConnection(const OwnConnection &) = delete;
+    OwnConnection &operator=(const OwnConnection &) = delete;
+
+    const QDBusConnection &connection() const { return m_connection; }
+
+private:
+    QString m_name;
+    QDBusConnection m_connection;
+};
+
+} // namespace
+
+/// What lives on the item's connection, which goes last.
+struct StatusNotifierItem::Bus {
+    explicit Bus(int number) :
+        own(u"korvo-status-item-%1"_s.arg(number)),
+        object(own.connection(), itemPath, menuPath),
+        menu(own.connection(), menuPath),
+        registration(own.connection(),
+                     u"org.kde.StatusNotifierItem-%1-%2"_s.arg(QCoreApplication::applicationPid()).arg(number))
+    {
+    }
+
+    OwnConnection own;
+    StatusNotifierObject object;
+    DBusMenu menu;
+    StatusNotifierRegistration registration;
+};
+
+StatusNotifierItem::StatusNotifierItem(QObject *parent) : StatusItem(parent)
+{
+    static int count = 0;
+    m_bus = std::make_unique<Bus>(++count);
+    connect(&m_bus->object, &StatusNotifierObject::activateRequested, this,
+            [this](const QPoint &hint) { emit activated(statusButton(hint)); });
+    connect(&m_bus->object, &StatusNotifierObject::contextMenuRequested, this, &StatusNotifierItem::openMenu);
+    connect(&m_bus->registration, &StatusNotifierRegistration::indicatorServicesChanged, this,
+            [this] { m_bus->object.setFileReaders(m_bus->registration.indicatorServices()); });
+    connect(&m_bus->registration, &StatusNotifierRegistration::stateChanged, this, &StatusNotifierItem::followState);
+}
+
+StatusNotifierItem::~StatusNotifierItem() = default;
+
+void StatusNotifierItem::setImage(const StatusImage &image)
+{
+    m_bus->object.setImage(image);
+}
+
+void StatusNotifierItem::setTitle(const QString &title)
+{
+    m_bus->object.setLabel(title);
+}
+
+void StatusNotifierItem::setToolTip(const QString &headline, const QString &text)
+{
+    m_bus->object.setToolTip(headline, text);
+}
+
+void StatusNotifierItem::setMenu(const QList<StatusMenuEntry> &menu)
+{
+    m_menu = menu;
+    m_bus->menu.setEntries(menu);
+}
+
+bool StatusNotifierItem::isShown() const
+{
+    return state() == StatusNotifierRegistration::State::shown;
+}
+
+StatusNotifierRegistration::State StatusNotifierItem::state() const
+{
+    return m_bus->registration.state();
+}
+
+void StatusNotifierItem::followState()
+{
+    m_bus->object.setAnnouncing(isShown());
+    m_bus->menu.setAnnouncing(isShown());
+    emit stateChanged();
+    if (std::exchange(m_wasShown, isShown()) != isShown())
+        emit isShownChanged();
+}
+
+/// For trays that know no menus: they ask the program to open its own.
+void StatusNotifierItem::openMenu(const QPoint &hint)
+{
+    if (!m_popup)
+        m_popup = std::make_unique<QMenu>();
+    fillStatusMenu(*m_popup, m_menu);
+    m_popup->popup(statusButton(hint).center());
+}
+
+} // namespace korvo

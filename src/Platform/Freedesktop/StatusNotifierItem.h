@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Platform/Freedesktop/StatusNotifierRegistration.h"
+#include "Platform/StatusItem.h"
+
+#include <memory>
+
+class QMenu;
+
+namespace korvo {
+
+class DBusMenu;
+class StatusNotifierObject;
+
+/// The status item of desktops whose tray speaks org.kde.StatusNotifierItem, over a connection of its own to the
+/// session bus. While no tray shows it, nothing is drawn and nothing sent.
+class StatusNotifierItem final : public StatusItem {
+    Q_OBJECT
+public:
+    explicit StatusNotifierItem(QObject *parent = nullptr);
+    ~StatusNotifierItem() override;
+
+    void setImage(const StatusImage &image) override;
+    void setTitle(const QString &title) override;
+    void setToolTip(const QString &headline, const QString &text) override;
+    void setMenu(const QList<StatusMenuEntry> &menu) override;
+    bool isShown() const override;
+
+    /// What became of the item's registration.
+    StatusNotifierRegistration::State state() const;
+
+signals:
+    void stateChanged();
+
+private:
+    void followState();
+    void openMenu(const QPoint &hint);
+
+    struct Bus;
+    std::unique_ptr<Bus> m_bus;
+    std::unique_ptr<QMenu> m_popup;
+    QList<StatusMenuEntry> m_menu;
+    bool m_wasShown = false;
+};
+
+} // namespace korvo

@@ -1,0 +1,110 @@
+#include "Platform/Freedesktop/StatusPicture.h"
+
+#include <QPaintDevice>
+#include <QPainter>
+
+#include <algorithm>
+#include <functional>
+#include <vector>
+
+namespace korvo {
+
+namespace {
+
+constexpr QColor lightInk(0xf2, 0xf2, 0xf2);
+constexpr QColor darkInk(0x30, 0x30, 0x30);
+constexpr double rimOpacity = 0.4; // Of each of the shifted copies: where two of them meet it is nearly opaque.
+
+/// The shape that `draw` leaves on a transparent picture, all of it in `color`.
+QImage shapeOf(const QSize &size, double ratio, const QColor &color, const std::function<void(QPainter &)> &draw)
+{
+    QImage shape(size, QImage::Format_ARGB32_Premultiplied);
+    shape.setDevicePixelRatio(ratio);
+    shape.fill(Qt::transparent);
+    QPainter painter(&shape);
+    painter.setRenderHint(QPainter::Antialiasing);
+    draw(painter);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(QRectF(QPointF(), QSizeF(size) / ratio), color);
+    return shape;
+}
+
+/// Paints the shape of what `draw` paints into the box of `target`'s size, in an ink that reads on `backdrop`.
+void paintInked(QPainter &painter, const QRectF &target, Backdrop backdrop, const std::function<void(QPainter &)> &draw)
+{
+    const double ratio = painter.device()->devicePixelRatioF();
+    const QSize size = (target.size() * ratio).toSize().expandedTo({1, 1});
+    if (backdrop == Backdrop::unknown) {
+        const QImage rim = shapeOf(size, ratio, darkInk, draw);
+        const double step = 1 / ratio;
+        painter.save();
+        painter.setOpacity(rimOpacity);
+        for (const QPointF &way : {QPointF(-1, 0), QPointF(1, 0), QPointF(0, -1), QPointF(0, 1), QPointF(-0.7, -0.7),
+                                   QPointF(0.7, -0.7), QPointF(-0.7, 0.7), QPointF(0.7, 0.7)})
+            painter.drawImage(target.topLeft() + way * step, rim);
+        painter.restore();
+    }
+    const QColor ink = backdrop == Backdrop::light ? darkInk : lightInk;
+    painter.drawImage(target.topLeft(), shapeOf(size, ratio, ink, draw));
+}
+
+} // namespace
+
+Backdrop backdropOf(const QImage &sample)
+{
+    std::vector<int> lights;
+    lights.reserve(size_t(sample.width()) * size_t(sample.height()));
+    for (int y = 0; y < sample.height(); ++y) {
+        for (int x = 0; x < sample.width(); ++x)
+            lights.push_back(qGray(sample.pixel(x, y)));
+    }
+    if (std::ranges::all_of(lights, [](int light) { return light == 0; }))
+        return Backdrop::unknown;
+    const auto middle = lights.begin() + std::ssize(lights) / 2;
+    std::ranges::nth_element(lights, middle);
+    return *middle < 128 ? Backdrop::dark : Backdrop::light;
+}
+
+void paintStatusImage(QPainter &painter, const QRectF &target, const StatusImage &image, Backdrop backdrop)
+{
+    if (!image.draw || image.size.isEmpty() || target.isEmpty())
+        return;
+    const double scale = qMin(target.width() / image.size.width(), target.height() / image.size.height());
+    QRectF place(QPointF(), image.size * scale);
+    place.moveCenter(target.center());
+    const auto draw = [&image, scale](QPainter &on) {
+        on.scale(scale, scale);
+        image.draw(on, image.size);
+    };
+
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (image.isTemplate) {
+        paintInked(painter, place, backdrop, draw);
+    } else {
+        painter.translate(place.topLeft());
+        draw(painter);
+    }
+    painter.restore();
+}
+
+QImage renderStatusImage(const StatusImage &image, int side, Backdrop backdrop)
+{
+    QImage picture(side, side, QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    paintStatusImage(painter, picture.rect(), image, backdrop);
+    painter.end();
+    return picture;
+}
+
+void paintStatusText(QPainter &painter, const QRectF &target, const QString &text, Backdrop backdrop)
+{
+    const QFont font = painter.font();
+    paintInked(painter, target, backdrop, [&](QPainter &on) {
+        on.setFont(font);
+        on.drawText(QRectF(QPointF(), target.size()), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, text);
+    });
+}
+
+} // namespace korvo

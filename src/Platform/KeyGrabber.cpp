@@ -1,0 +1,1 @@
+#include "Platform/KeyGrabber.h" // For its meta-object code.

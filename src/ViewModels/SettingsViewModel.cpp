@@ -1,0 +1,199 @@
+#include "ViewModels/SettingsViewModel.h"
+
+#include "Utilities/Spawn.h"
+
+#include <algorithm>
+
+namespace korvo {
+
+using namespace Qt::StringLiterals;
+using PropertyType = NotionProperty::PropertyType;
+
+namespace {
+
+using Schema = SettingsViewModel::Schema;
+
+QList<NotionProperty> propertiesOfType(const QList<PropertyType> &types, const Schema &schema)
+{
+    return schema ? NotionSchemaService::propertiesOfType(types, *schema) : QList<NotionProperty>();
+}
+
+/// The first property of exactly that name; none without a schema or a name.
+std::optional<NotionProperty> propertyNamed(const QString &name, const Schema &schema)
+{
+    if (!schema || name.isEmpty())
+        return std::nullopt;
+    const auto &properties = schema->properties;
+    const auto found = std::find_if(properties.begin(), properties.end(),
+                                    [&name](const NotionProperty &property) { return property.name == name; });
+    return found == properties.end() ? std::nullopt : std::optional(*found);
+}
+
+QStringList optionsOf(const QString &name, const Schema &schema)
+{
+    const auto property = propertyNamed(name, schema);
+    return property ? property->selectOptions : QStringList();
+}
+
+} // namespace
+
+SettingsViewModel::SettingsViewModel(HttpTransport &transport, AppSettings &settings, Clock &clock, QObject *parent) :
+    QObject(parent),
+    m_transport(transport),
+    m_settings(settings),
+    m_clock(clock),
+    m_schemaService(transport, settings, clock)
+{
+}
+
+SettingsViewModel::~SettingsViewModel()
+{
+    m_stop.request_stop();
+}
+
+void SettingsViewModel::testConnection()
+{
+    spawn(runConnectionTest(this));
+}
+
+QCoro::Task<> SettingsViewModel::runConnectionTest(QPointer<SettingsViewModel> self)
+{
+    self->m_isTestingConnection = true;
+    self->m_connectionSuccess = std::nullopt;
+    self->m_connectionError = std::nullopt;
+
+    NotionAPIService api(self->m_transport, self->m_settings, self->m_clock);
+    const auto me = co_await api.getMe(self->m_stop.get_token());
+    if (!self)
+        co_return;
+    self->m_connectionSuccess = bool(me);
+    if (!me)
+        self->m_connectionError = me.error().errorDescription();
+    self->m_isTestingConnection = false;
+}
+
+void SettingsViewModel::loadTimeTrackerSchema()
+{
+    const auto databaseId = m_settings.timeTrackerDBId();
+    if (!databaseId.isEmpty())
+        spawn(load(this, &SettingsViewModel::m_timeTracker, databaseId, &SettingsViewModel::autoMapTimeTrackerFields));
+}
+
+void SettingsViewModel::loadTasksSchema()
+{
+    const auto databaseId = m_settings.tasksDBId();
+    if (!databaseId.isEmpty())
+        spawn(load(this, &SettingsViewModel::m_tasks, databaseId, &SettingsViewModel::autoMapTaskFields));
+}
+
+void SettingsViewModel::loadProjectsSchema()
+{
+    const auto relationName = m_settings.fieldMapping().taskProjectRelation;
+    if (!tasksSchema() || relationName.isEmpty())
+        return;
+    const auto relation = propertyNamed(relationName, tasksSchema());
+    if (!relation || !relation->relationDatabaseId) {
+        m_projects.error = u"Could not determine Projects database ID"_s;
+        return;
+    }
+    spawn(load(this, &SettingsViewModel::m_projects, *relation->relationDatabaseId, nullptr));
+}
+
+QCoro::Task<> SettingsViewModel::load(QPointer<SettingsViewModel> self, LoadedSchema SettingsViewModel::*target,
+                                      QString databaseId, Step autoMap)
+{
+    auto &loaded = self.data()->*target;
+    loaded.isLoading = true;
+    loaded.error = std::nullopt;
+
+    const auto schema = co_await self->m_schemaService.loadSchema(databaseId, self->m_stop.get_token());
+    if (!self)
+        co_return; // And `loaded` went with it.
+    if (schema) {
+        loaded.schema = *schema;
+        if (autoMap)
+            (self.data()->*autoMap)();
+    } else {
+        loaded.error = schema.error().errorDescription();
+    }
+    loaded.isLoading = false;
+}
+
+void SettingsViewModel::autoMapTimeTrackerFields()
+{
+    fillRole(&FieldMapping::ttTaskRelation, ttRelationProperties());
+    fillRole(&FieldMapping::ttStatus, ttSelectProperties());
+}
+
+void SettingsViewModel::autoMapTaskFields()
+{
+    fillRole(&FieldMapping::taskName, taskTitleProperties());
+    fillRole(&FieldMapping::taskDate, taskDateProperties());
+    fillRole(&FieldMapping::taskTimerStatus, taskSelectProperties());
+}
+
+/// Chooses for the user where there is one candidate and nothing has been chosen.
+void SettingsViewModel::fillRole(QString FieldMapping::*role, const QList<NotionProperty> &candidates)
+{
+    if (candidates.size() != 1 || !(m_settings.fieldMapping().*role).isEmpty())
+        return;
+    const auto name = candidates.first().name;
+    m_settings.changeFieldMapping([role, name](FieldMapping &mapping) { mapping.*role = name; });
+}
+
+QList<NotionProperty> SettingsViewModel::ttDateProperties() const
+{
+    return propertiesOfType({PropertyType::date, PropertyType::createdTime}, timeTrackerSchema());
+}
+
+QList<NotionProperty> SettingsViewModel::ttSelectProperties() const
+{
+    return propertiesOfType({PropertyType::select, PropertyType::status}, timeTrackerSchema());
+}
+
+QList<NotionProperty> SettingsViewModel::ttRelationProperties() const
+{
+    return propertiesOfType({PropertyType::relation}, timeTrackerSchema());
+}
+
+QList<NotionProperty> SettingsViewModel::taskTitleProperties() const
+{
+    return propertiesOfType({PropertyType::title}, tasksSchema());
+}
+
+QList<NotionProperty> SettingsViewModel::taskDateProperties() const
+{
+    return propertiesOfType({PropertyType::date}, tasksSchema());
+}
+
+QList<NotionProperty> SettingsViewModel::taskSelectProperties() const
+{
+    return propertiesOfType({PropertyType::select, PropertyType::status}, tasksSchema());
+}
+
+QList<NotionProperty> SettingsViewModel::taskRelationProperties() const
+{
+    return propertiesOfType({PropertyType::relation}, tasksSchema());
+}
+
+QList<NotionProperty> SettingsViewModel::projectRelationProperties() const
+{
+    return propertiesOfType({PropertyType::relation}, projectsSchema());
+}
+
+QList<NotionProperty> SettingsViewModel::taskRollupProperties() const
+{
+    return propertiesOfType({PropertyType::rollup}, tasksSchema());
+}
+
+QStringList SettingsViewModel::ttStatusOptions() const
+{
+    return optionsOf(m_settings.fieldMapping().ttStatus, timeTrackerSchema());
+}
+
+QStringList SettingsViewModel::taskTimerStatusOptions() const
+{
+    return optionsOf(m_settings.fieldMapping().taskTimerStatus, tasksSchema());
+}
+
+} // namespace korvo

@@ -1,0 +1,342 @@
+#include "AppDelegate.h"
+#include "Fakes/FakeNotion.h"
+#include "Fakes/FakePlatform.h"
+#include "Fakes/NotionPages.h"
+#include "Fakes/TestSettings.h"
+#include "Utilities/Spawn.h"
+#include "Views/Theme.h"
+
+#include <QImage>
+#include <QPainter>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+using namespace korvo;
+
+namespace {
+
+const QString trackerQuery = u"POST /databases/tracker/query"_s;
+
+/// The picture at `scale` pixels a point, with a template image in white.
+QImage render(const StatusImage &image, int scale = 4)
+{
+    QImage picture((image.size * scale).toSize(), QImage::Format_ARGB32);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(scale, scale);
+    painter.setPen(Qt::white);
+    image.draw(painter, image.size);
+    return picture;
+}
+
+/// The colour at a point of the ring, `degrees` clockwise from twelve o'clock.
+QColor ringColor(const QImage &picture, double degrees)
+{
+    const double radians = qDegreesToRadians(degrees);
+    const double scale = picture.width() / 18.0;
+    return picture.pixelColor(int(scale * (9 + 6.5 * std::sin(radians))), int(scale * (9 - 6.5 * std::cos(radians))));
+}
+
+/// The same colour but for what blending rounds.
+bool isNear(const QColor &one, const QColor &other)
+{
+    return qAbs(one.red() - other.red()) <= 3 && qAbs(one.green() - other.green()) <= 3
+        && qAbs(one.blue() - other.blue()) <= 3;
+}
+
+} // namespace
+
+class AppDelegateTest : public QObject {
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+
+    void launchWritesItsLinesInOrder();
+    void itemIsNeverBlank();
+    void endWritesItsLinesInOrderAndTakesTheItemAway();
+    void aRunningTimerIsNotStoppedAtTheEnd();
+    void closingTheLastWindowDoesNotEndTheProgram();
+    void signalsAreLoggedAtFaultLevel();
+
+    void ringColourFollowsTheHours_data();
+    void ringColourFollowsTheHours();
+    void ringStartsOverEachHour();
+    void zeroProgressDrawsAShortStrokeWithTheDotOnIt();
+    void arcRunsClockwiseFromTwelve();
+    void titleIsABlankAndTheTime();
+    void aStartInTheFutureIsGreenAndShowsZero();
+    void withANotchActiveTheItemShowsTheSymbolOnly();
+    void aNotchWithoutItsInterfaceLeavesTheRing();
+    void noScreenAtAllHasNoNotch();
+    void onlyTheFirstScreenCountsForTheNotch();
+    void aRunningTimerOutweighsANetworkError();
+    void aNetworkErrorShowsTheWarningUntilAPollSucceeds();
+    void aStoppedEntryCountsAsNoTimer();
+    void theTickMovesTheClock();
+    void toolTipNamesTheTaskAndChangesWithTheMinute();
+    void menuNamesTheRunningTask();
+
+private:
+    struct World {
+        FakeNotion notion;
+        FakePlatform platform;
+        TestSettings settings;
+        std::unique_ptr<AppDelegate> delegate;
+    };
+
+    FakeNotion &notion() { return m_world->notion; }
+    FakeStatusItem &item() { return *m_world->platform.statusItem; }
+    /// Lets a poll see an entry that began so many seconds ago; then the program is launched.
+    void launchWithTimer(double elapsed, const QString &status = u"Running"_s);
+    void launch();
+    /// Waits until the loop sleeps.
+    void settle() { QTRY_VERIFY(m_world->platform.fakeClock.sleeperCount() > 0); }
+
+    std::unique_ptr<World> m_world;
+};
+
+void AppDelegateTest::init()
+{
+    m_world = std::make_unique<World>();
+    TestSettings::configure(m_world->settings.settings);
+    m_world->delegate = std::make_unique<AppDelegate>(m_world->platform, notion(), m_world->settings.settings);
+    notion().answerRows(trackerQuery, {});
+    notion().answerRows(u"POST /databases/tasks/query"_s, {});
+}
+
+void AppDelegateTest::cleanup()
+{
+    m_world->delegate.reset();
+    QVERIFY(finishSpawned(2000));
+    m_world.reset();
+}
+
+void AppDelegateTest::launch()
+{
+    m_world->delegate->applicationDidFinishLaunching();
+    settle();
+}
+
+void AppDelegateTest::launchWithTimer(double elapsed, const QString &status)
+{
+    const auto start = m_world->platform.fakeClock.now().addMSecs(qint64(-elapsed * 1000)).toUTC();
+    notion().answerRows(trackerQuery,
+                        {pages::page(u"e1"_s,
+                                     {{u"Start"_s, pages::date(start.toString(Qt::ISODateWithMs))},
+                                      {u"Status"_s, pages::select(status)},
+                                      {u"Task"_s, pages::relation({u"t1"_s})}})});
+    notion().answer(u"GET /pages/t1"_s, pages::task(u"t1"_s, u"Write the letter"_s));
+    m_world->delegate->timerViewModel().startPollingIfConfigured();
+    settle();
+    launch();
+}
+
+void AppDelegateTest::launchWritesItsLinesInOrder()
+{
+    m_world->delegate->applicationDidFinishLaunching();
+    QCOMPARE(m_world->platform.fakeLog.lines,
+             QStringList({u"INFO App launched — applicationDidFinishLaunching"_s, u"INFO Status item created"_s,
+                          u"INFO Polling started"_s, u"INFO App launch complete"_s}));
+}
+
+void AppDelegateTest::itemIsNeverBlank()
+{
+    notion().isHolding = true;
+    m_world->delegate->applicationDidFinishLaunching();
+    QCOMPARE(item().image.key, u"symbol timer"_s);
+    QCOMPARE(item().image.description, u"Korvo"_s);
+    QCOMPARE(item().title, QString());
+}
+
+void AppDelegateTest::endWritesItsLinesInOrderAndTakesTheItemAway()
+{
+    launch();
+    m_world->platform.fakeLog.lines.clear();
+    m_world->delegate->applicationWillTerminate();
+    QTRY_COMPARE(m_world->platform.fakeLog.lines,
+                 QStringList({u"INFO App terminating — applicationWillTerminate"_s, u"INFO Polling stopped"_s,
+                              u"INFO Polling task finished (cancelled: true)"_s}));
+    QVERIFY(m_world->platform.statusItem.isNull());
+}
+
+void AppDelegateTest::aRunningTimerIsNotStoppedAtTheEnd()
+{
+    launchWithTimer(60);
+    notion().asked.clear();
+    m_world->delegate->applicationWillTerminate();
+    QVERIFY(finishSpawned(2000));
+    QVERIFY(notion().asked.isEmpty());
+}
+
+void AppDelegateTest::closingTheLastWindowDoesNotEndTheProgram()
+{
+    QVERIFY(!m_world->delegate->applicationShouldTerminateAfterLastWindowClosed());
+}
+
+void AppDelegateTest::signalsAreLoggedAtFaultLevel()
+{
+    launch();
+    QVERIFY(m_world->platform.signalHandler);
+    m_world->platform.signalHandler(15);
+    QCOMPARE(m_world->platform.fakeLog.lines.last(), u"FAULT Received signal 15"_s);
+}
+
+void AppDelegateTest::ringColourFollowsTheHours_data()
+{
+    QTest::addColumn<double>("elapsed");
+    QTest::addColumn<QColor>("color");
+    QTest::newRow("a new timer is green") << 0.0 << theme::systemGreen;
+    QTest::newRow("3599 seconds are green") << 3599.0 << theme::systemGreen;
+    QTest::newRow("3600 seconds are cyan") << 3600.0 << theme::systemCyan;
+    QTest::newRow("7199 seconds are cyan") << 7199.0 << theme::systemCyan;
+    QTest::newRow("7200 seconds are orange") << 7200.0 << theme::systemOrange;
+    QTest::newRow("14399 seconds are orange") << 14399.0 << theme::systemOrange;
+    QTest::newRow("14400 seconds are red") << 14400.0 << theme::systemRed;
+    QTest::newRow("a thousand hours are red") << 3600000.0 << theme::systemRed;
+}
+
+void AppDelegateTest::ringColourFollowsTheHours()
+{
+    QFETCH(double, elapsed);
+    QFETCH(QColor, color);
+    launchWithTimer(elapsed);
+    const auto track = ringColor(render(item().image), 180); // Of the arc or of the track.
+    QVERIFY2(isNear(track, color), qPrintable(track.name()));
+    QVERIFY(!item().image.isTemplate);
+    QCOMPARE(item().image.size, QSizeF(18, 18));
+}
+
+void AppDelegateTest::ringStartsOverEachHour()
+{
+    launchWithTimer(3600 + 900);
+    const auto picture = render(item().image);
+    QCOMPARE(ringColor(picture, 45).alpha(), 255);
+    QVERIFY(qAbs(ringColor(picture, 180).alpha() - 51) <= 2); // The track, a fifth as strong.
+}
+
+void AppDelegateTest::zeroProgressDrawsAShortStrokeWithTheDotOnIt()
+{
+    launchWithTimer(3600);
+    const auto picture = render(item().image);
+    QCOMPARE(ringColor(picture, 3.6).rgb(), qRgb(255, 255, 255)); // The dot, at a hundredth of the circle.
+    QCOMPARE(ringColor(picture, 354).alpha(), 255);               // The round cap reaches a little to the left.
+    QVERIFY(ringColor(picture, 90).alpha() < 60);
+}
+
+void AppDelegateTest::arcRunsClockwiseFromTwelve()
+{
+    launchWithTimer(1800);
+    const auto picture = render(item().image);
+    QCOMPARE(ringColor(picture, 90).rgb(), theme::systemGreen.rgb());
+    QCOMPARE(ringColor(picture, 90).alpha(), 255);
+    QCOMPARE(ringColor(picture, 180).rgb(), qRgb(255, 255, 255));
+    QVERIFY(ringColor(picture, 270).alpha() < 60);
+}
+
+void AppDelegateTest::titleIsABlankAndTheTime()
+{
+    launchWithTimer(3725);
+    QCOMPARE(item().title, u" 1:02:05"_s);
+}
+
+void AppDelegateTest::aStartInTheFutureIsGreenAndShowsZero()
+{
+    launchWithTimer(-90);
+    QCOMPARE(item().title, u" 0:00:00"_s);
+    QVERIFY(isNear(ringColor(render(item().image), 180), theme::systemGreen));
+}
+
+void AppDelegateTest::withANotchActiveTheItemShowsTheSymbolOnly()
+{
+    m_world->platform.fakeScreens.setSingle(QRectF(0, 0, 1512, 982), 32);
+    m_world->settings.settings.setUseNotchUI(true);
+    launchWithTimer(60);
+    QCOMPARE(item().image.key, u"symbol timer"_s);
+    QCOMPARE(item().image.description, u"Korvo"_s);
+    QCOMPARE(item().title, QString());
+}
+
+void AppDelegateTest::aNotchWithoutItsInterfaceLeavesTheRing()
+{
+    m_world->platform.fakeScreens.setSingle(QRectF(0, 0, 1512, 982), 32);
+    launchWithTimer(60);
+    QCOMPARE(item().title, u" 0:01:00"_s);
+}
+
+void AppDelegateTest::noScreenAtAllHasNoNotch()
+{
+    m_world->platform.fakeScreens.all.clear();
+    m_world->settings.settings.setUseNotchUI(true);
+    QVERIFY(!m_world->delegate->hasPhysicalNotch());
+    launchWithTimer(60);
+    QCOMPARE(item().title, u" 0:01:00"_s);
+}
+
+void AppDelegateTest::onlyTheFirstScreenCountsForTheNotch()
+{
+    m_world->platform.fakeScreens.all = {{QRectF(0, 0, 1920, 1080), 0}, {QRectF(1920, 0, 1512, 982), 32}};
+    QVERIFY(!m_world->delegate->hasPhysicalNotch());
+}
+
+void AppDelegateTest::aRunningTimerOutweighsANetworkError()
+{
+    launchWithTimer(60);
+    notion().forget(trackerQuery);
+    m_world->platform.fakeClock.advance(30);
+    QTRY_VERIFY(m_world->delegate->timerViewModel().hasNetworkError());
+    QTRY_COMPARE(item().title, u" 0:01:30"_s);
+    QVERIFY(item().image.key.startsWith(u"ring"_s));
+}
+
+void AppDelegateTest::aNetworkErrorShowsTheWarningUntilAPollSucceeds()
+{
+    notion().forget(trackerQuery);
+    launch();
+    QTRY_COMPARE(item().image.key, u"symbol wifi.exclamationmark"_s);
+    QCOMPARE(item().image.description, QString());
+    QCOMPARE(item().title, QString());
+    QCOMPARE(item().text, u"Resource not found"_s);
+    notion().answerRows(trackerQuery, {});
+    m_world->platform.fakeClock.advance(60);
+    QTRY_COMPARE(item().image.key, u"symbol timer"_s);
+}
+
+void AppDelegateTest::aStoppedEntryCountsAsNoTimer()
+{
+    launchWithTimer(60, u"Stopped"_s);
+    QVERIFY(m_world->delegate->timerViewModel().activeTimer());
+    QCOMPARE(item().image.key, u"symbol timer"_s);
+}
+
+void AppDelegateTest::theTickMovesTheClock()
+{
+    launchWithTimer(60);
+    m_world->platform.fakeClock.setNow(m_world->platform.fakeClock.now().addSecs(1));
+    QTRY_COMPARE(item().title, u" 0:01:01"_s);
+}
+
+void AppDelegateTest::toolTipNamesTheTaskAndChangesWithTheMinute()
+{
+    launchWithTimer(3725);
+    QCOMPARE(item().headline, u"Write the letter"_s);
+    QCOMPARE(item().text, u"Running for 1:02"_s);
+}
+
+void AppDelegateTest::menuNamesTheRunningTask()
+{
+    launch();
+    QCOMPARE(item().menu.first().label, u"No timer running"_s);
+    notion().answerRows(trackerQuery, {pages::runningEntry(u"e1"_s, {u"t1"_s})});
+    notion().answer(u"GET /pages/t1"_s, pages::task(u"t1"_s, u"Write the letter"_s));
+    m_world->platform.fakeClock.advance(60);
+    QTRY_COMPARE(item().menu.first().label, u"Write the letter"_s);
+    QCOMPARE(item().menu.last().label, u"Quit"_s);
+}
+
+QTEST_MAIN(AppDelegateTest)
+#include "AppDelegateTest.moc"

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Platform/KeyboardLayout.h"
+
+#include <QHash>
+
+namespace korvo {
+
+/// The keys of one test, and the layout of the process as long as it lives.
+class FakeKeyboardLayout final : public KeyboardLayout {
+public:
+    FakeKeyboardLayout() { setShared(this); }
+    ~FakeKeyboardLayout() override { setShared(nullptr); }
+    Q_DISABLE_COPY_MOVE(FakeKeyboardLayout)
+
+    std::optional<QString> unshiftedCharacter(quint32 keyCode) const override
+    {
+        const auto found = characters.find(keyCode);
+        return found == characters.end() ? std::nullopt : std::optional(*found);
+    }
+
+    QHash<quint32, QString> characters = {{0x28, QStringLiteral("k")}, {0x2d, QStringLiteral("n")}};
+};
+
+} // namespace korvo

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Platform/Screens.h"
+
+namespace korvo {
+
+/// A desktop with whatever screens a test puts there; one of 1280 by 800 to begin with.
+class FakeScreens final : public Screens {
+public:
+    QList<Screen> screens() const override { return all; }
+
+    /// One screen as of a laptop whose camera housing is `inset` high; 0 for one without.
+    void setSingle(const QRectF &geometry, double inset = 0) { all = {{geometry, inset}}; }
+
+    QList<Screen> all{{QRectF(0, 0, 1280, 800), 0}};
+};
+
+} // namespace korvo

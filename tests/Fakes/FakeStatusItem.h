@@ -1,0 +1,65 @@
+#pragma once
+
+#include "Platform/StatusItem.h"
+
+#include <QStringList>
+
+#include <utility>
+
+namespace korvo {
+
+/// A status item that remembers what it was told, and that a test clicks.
+class FakeStatusItem final : public StatusItem {
+public:
+    void setImage(const StatusImage &newImage) override
+    {
+        image = newImage;
+        imageKeys.append(newImage.key);
+    }
+    void setTitle(const QString &newTitle) override
+    {
+        title = newTitle;
+        titles.append(newTitle);
+    }
+    void setToolTip(const QString &newHeadline, const QString &newText) override
+    {
+        headline = newHeadline;
+        text = newText;
+    }
+    void setMenu(const QList<StatusMenuEntry> &newMenu) override { menu = newMenu; }
+    bool isShown() const override { return m_isShown; }
+
+    void click(const QRect &button = QRect(1000, 0, 24, 24)) { emit activated(button); }
+
+    /// Runs the action of the menu entry with that label; false if there is none that can be chosen.
+    bool choose(const QString &label)
+    {
+        for (const StatusMenuEntry &entry : std::as_const(menu)) {
+            if (entry.label == label && entry.isEnabled && entry.action) {
+                const auto action = entry.action; // It may set another menu.
+                action();
+                return true;
+            }
+        }
+        return false;
+    }
+
+    void setShown(bool isShown)
+    {
+        if (std::exchange(m_isShown, isShown) != isShown)
+            emit isShownChanged();
+    }
+
+    StatusImage image;
+    QString title;
+    QString headline;
+    QString text;
+    QList<StatusMenuEntry> menu;
+    QStringList imageKeys; ///< Of each call, in order.
+    QStringList titles;
+
+private:
+    bool m_isShown = true;
+};
+
+} // namespace korvo

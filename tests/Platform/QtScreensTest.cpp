@@ -1,0 +1,32 @@
+#include "Platform/Linux/QtScreens.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QTest>
+
+using namespace korvo;
+using namespace Qt::StringLiterals;
+
+class QtScreensTest : public QObject {
+    Q_OBJECT
+private slots:
+    void theScreenOfTheDesktopIsThere();
+    void anExternalScreenOfALaptopWithAHousingHasNoInset();
+};
+
+void QtScreensTest::theScreenOfTheDesktopIsThere()
+{
+    const QList<Screen> all{{QRectF(QGuiApplication::primaryScreen()->geometry()), 0}};
+    QCOMPARE(QtScreens(QStringList()).screens(), all);
+    QVERIFY(!all.first().geometry.isEmpty());
+}
+
+void QtScreensTest::anExternalScreenOfALaptopWithAHousingHasNoInset()
+{
+    const auto screens = QtScreens({u"apple,j314s"_s}).screens();
+    QCOMPARE(screens.size(), 1);
+    QCOMPARE(screens.first().topSafeAreaInset, 0.0);
+}
+
+QTEST_MAIN(QtScreensTest)
+#include "QtScreensTest.moc"
