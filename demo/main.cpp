@@ -1,6 +1,7 @@
 // korvo-demo [--poll SECONDS] - Korvo on a sample workspace inside the same process, with settings of its own.
-// Prints the line by which others reach the workspace, as korvo-sandbox does.
+// Prints the line by which others reach the workspace, as korvo-sandbox does, and reads commands: see DemoCommands.
 
+#include "DemoCommands.h"
 #include "KorvoApp.h"
 #include "Platform/Platform.h"
 #include "WorkspaceSettings.h"
@@ -42,6 +43,7 @@ int main(int argc, char **argv)
     std::puts(QJsonDocument(workspace).toJson(QJsonDocument::Compact).constData());
     std::fflush(stdout);
 
+    const korvo::demo::DemoCommands commands(app.delegate().timerViewModel(), korvo::AppSettings::shared());
     const int status = app.exec();
     sandbox.reset(); // Its sockets end before the application does.
     return status;

@@ -14,6 +14,8 @@
 
 #include <QtGlobal>
 
+#include <csignal>
+
 namespace korvo {
 
 namespace {
@@ -21,7 +23,11 @@ namespace {
 /// The adapters of a freedesktop.org desktop on Linux.
 class LinuxPlatform final : public Platform {
 public:
-    explicit LinuxPlatform(const QString &defaultsFile) : m_userDefaults(defaultsFile) { }
+    explicit LinuxPlatform(const QString &defaultsFile) : m_userDefaults(defaultsFile)
+    {
+        // A peer that is gone is an error of its write, never the end of the program.
+        std::signal(SIGPIPE, SIG_IGN);
+    }
 
     Clock &clock() override { return m_clock; }
     SystemLog &systemLog() override { return m_systemLog; }
