@@ -84,6 +84,7 @@ private slots:
     void theTickMovesTheClock();
     void theReminderComesOnceAlsoWithANotchActive_data();
     void theReminderComesOnceAlsoWithANotchActive();
+    void aTimerOfAnotherDeviceThatIsOverTheLimitIsRemindedOfAtTheFirstTick();
     void aStoppedEntryIsNotRemindedOf();
     void toolTipNamesTheTaskAndChangesWithTheMinute();
     void aPageOfAGatewayIsCutToALineInTheToolTip();
@@ -396,6 +397,20 @@ void AppDelegateTest::theReminderComesOnceAlsoWithANotchActive()
     m_world->platform.fakeClock.setNow(m_world->platform.fakeClock.now().addSecs(60));
     QTRY_COMPARE(item().text, u"Running for 1:01"_s);
     QCOMPARE(shown.size(), 1);
+}
+
+void AppDelegateTest::aTimerOfAnotherDeviceThatIsOverTheLimitIsRemindedOfAtTheFirstTick()
+{
+    m_world->settings.settings.setReminderEnabled(true);
+    launch();
+    QVERIFY(m_world->platform.fakeNotifications.shown.isEmpty());
+    const auto start = m_world->platform.fakeClock.now().addSecs(-8 * 3600).toUTC();
+    notion().answerRows(trackerQuery,
+                        {pages::page(u"e1"_s,
+                                     {{u"Start"_s, pages::date(start.toString(Qt::ISODateWithMs))},
+                                      {u"Status"_s, pages::select(u"Running"_s)}})});
+    m_world->platform.fakeClock.advance(60);
+    QTRY_COMPARE(m_world->platform.fakeNotifications.shown.size(), 1);
 }
 
 void AppDelegateTest::aStoppedEntryIsNotRemindedOf()
