@@ -1,5 +1,5 @@
 // korvo-demo [--poll SECONDS] - Korvo on a sample workspace inside the same process, with settings of its own.
-// Prints the line by which others reach the workspace, as korvo-sandbox does.
+// Prints the line by which others reach the workspace, as korvo-sandbox does; tells a person whether there is a tray.
 
 #include "KorvoApp.h"
 #include "Platform/Platform.h"
@@ -9,6 +9,7 @@
 
 #include <QCommandLineParser>
 #include <QJsonDocument>
+#include <QSystemTrayIcon>
 #include <QTemporaryDir>
 
 #include <cstdio>
@@ -41,6 +42,10 @@ int main(int argc, char **argv)
     korvo::demo::redirectRequests(workspace);
     std::puts(QJsonDocument(workspace).toJson(QJsonDocument::Compact).constData());
     std::fflush(stdout);
+
+    std::fputs(QSystemTrayIcon::isSystemTrayAvailable() ? "Korvo is in your tray.\n"
+                                                        : "There is no tray here; Korvo waits for one.\n",
+               stderr);
 
     const int status = app.exec();
     sandbox.reset(); // Its sockets end before the application does.
