@@ -1,5 +1,6 @@
 // korvo-demo [--poll SECONDS] - Korvo on a sample workspace inside the same process, with settings of its own.
 // Prints the line by which others reach the workspace, as korvo-sandbox does, and reads commands: see DemoCommands.
+// Tells a person whether there is a tray.
 
 #include "DemoCommands.h"
 #include "KorvoApp.h"
@@ -10,6 +11,7 @@
 
 #include <QCommandLineParser>
 #include <QJsonDocument>
+#include <QSystemTrayIcon>
 #include <QTemporaryDir>
 
 #include <cstdio>
@@ -42,6 +44,10 @@ int main(int argc, char **argv)
     korvo::demo::redirectRequests(workspace);
     std::puts(QJsonDocument(workspace).toJson(QJsonDocument::Compact).constData());
     std::fflush(stdout);
+
+    std::fputs(QSystemTrayIcon::isSystemTrayAvailable() ? "Korvo is in your tray.\n"
+                                                        : "There is no tray here; Korvo waits for one.\n",
+               stderr);
 
     const korvo::demo::DemoCommands commands(app.delegate().timerViewModel(), korvo::AppSettings::shared());
     const int status = app.exec();
