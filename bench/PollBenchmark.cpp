@@ -1,7 +1,10 @@
 // korvo-bench-poll SANDBOX - what one poll costs: the program's own CPU for a poll of 100 tasks with the three page reads,
 // and the time of a poll over TLS on a long way beside five bare requests on one kept connection.
 
+#include "Fakes/FakeNotificationCenter.h"
+#include "Fakes/FakeNotion.h"
 #include "Fakes/FakeUserDefaults.h"
+#include "Fakes/NotionPages.h"
 #include "Fakes/TcpProxy.h"
 #include "Fakes/TestSettings.h"
 #include "Platform/Linux/LinuxClock.h"
@@ -135,7 +138,8 @@ void measureCpu(const Workspace &workspace)
     spawn(addTasks(api, workspace.info, 100, &loop));
     loop.exec();
 
-    TimerViewModel viewModel(transport, settings.settings, clock);
+    FakeNotificationCenter notifications;
+    TimerViewModel viewModel(notifications, transport, settings.settings, clock);
     pollOnce(viewModel, clock);
     QList<double> polls;
     for (int i = 0; i < 50; ++i) {
@@ -175,7 +179,8 @@ void measureLongWay(const Workspace &workspace)
         }
         CurlTransport transport;
         transport.redirectHost(u"api.notion.com"_s, u"127.0.0.1"_s, proxy.port(), workspace.caFile());
-        TimerViewModel viewModel(transport, settings.settings, clock);
+        FakeNotificationCenter notifications;
+        TimerViewModel viewModel(notifications, transport, settings.settings, clock);
         timer.start();
         pollOnce(viewModel, clock);
         polls.append(double(timer.nsecsElapsed()) / 1e6);
@@ -185,6 +190,38 @@ void measureLongWay(const Workspace &workspace)
     std::printf("%-52s%8.1f ms\n", "five bare requests over TLS, 40 ms round trip", median(requests));
     std::printf("%-52s%8.1f ms  ratio %.3f (goal 1.05)\n", "a poll on the same way", median(polls),
                 median(polls) / median(requests));
+}
+
+/// With the network's part left out: a workspace in memory answers at once.
+void measureQuickAdd()
+{
+    PollClock clock;
+    TestSettings settings;
+    TestSettings::configure(settings.settings);
+    FakeNotion notion;
+    notion.answerRows(u"POST /databases/tracker/query"_s, {pages::runningEntry(u"e1"_s, {u"t1"_s})});
+    notion.answerRows(u"POST /databases/tasks/query"_s, {});
+    notion.answer(u"GET /pages/t1"_s, pages::task(u"t1"_s, u"Write"_s));
+    notion.answer(u"PATCH /pages/e1"_s, pages::page(u"e1"_s, {}));
+    notion.answer(u"PATCH /pages/t1"_s, pages::page(u"t1"_s, {}));
+    notion.answer(u"POST /pages"_s, pages::page(u"p1"_s, {}));
+    FakeNotificationCenter notifications;
+    TimerViewModel viewModel(notifications, notion, settings.settings, clock);
+    pollOnce(viewModel, clock);
+    QList<double> actions;
+    for (int i = 0; i < 50; ++i) {
+        QEventLoop loop;
+        QObject::connect(&viewModel, &TimerViewModel::isLoadingChanged, &loop, [&] {
+            if (!viewModel.isLoading())
+                loop.quit();
+        });
+        const double before = cpuMilliseconds();
+        viewModel.quickAddTask(u"Call the framer"_s);
+        loop.exec();
+        actions.append(cpuMilliseconds() - before);
+    }
+    std::printf("%-52s%8.2f ms  (goal 3)\n", "CPU of a quick add apart from the network", median(actions));
+    viewModel.stopPolling();
 }
 
 } // namespace
@@ -201,6 +238,7 @@ int main(int argc, char **argv)
         measureLongWay(workspace);
         measureCpu(workspace);
     }
+    measureQuickAdd();
     finishSpawned(1000);
     return 0;
 }

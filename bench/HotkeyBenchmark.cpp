@@ -1,0 +1,76 @@
+// korvo-bench-hotkey - the time from a key press in the X server to the callback of the shortcut. Runs inside a headless
+// desktop.
+
+#include "Platform/Desktop/DesktopKeyGrabber.h"
+#include "Platform/KeyGrabber.h"
+#include "Services/GlobalHotkeyService.h"
+
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QGuiApplication>
+#include <QList>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstdio>
+
+#include <xcb/xcb.h>
+#include <xcb/xtest.h>
+
+using namespace korvo;
+
+namespace {
+
+constexpr int presses = 200;
+constexpr quint32 keyN = 45; // As the settings store it.
+constexpr quint32 commandShift = 768;
+
+// X key codes of the keys behind the default shortcut: evdev code + 8.
+constexpr quint8 xKeyN = 49 + 8;
+constexpr quint8 xKeySuper = 125 + 8;
+constexpr quint8 xKeyShift = 42 + 8;
+
+void fake(xcb_connection_t *connection, quint8 type, quint8 key)
+{
+    xcb_test_fake_input(connection, type, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+    xcb_flush(connection);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QGuiApplication app(argc, argv);
+    const auto grabber = makeDesktopKeyGrabber();
+    GlobalHotkeyService service(*grabber);
+    auto *connection = xcb_connect(nullptr, nullptr);
+    QList<double> times;
+    QElapsedTimer timer;
+    QEventLoop loop;
+    service.registerHotkey(keyN, commandShift, [&] {
+        times.append(double(timer.nsecsElapsed()) / 1e6);
+        loop.quit();
+    });
+    for (int i = 0; i < presses; ++i) {
+        fake(connection, XCB_KEY_PRESS, xKeySuper);
+        fake(connection, XCB_KEY_PRESS, xKeyShift);
+        QTimer::singleShot(2000, &loop, &QEventLoop::quit);
+        timer.start();
+        fake(connection, XCB_KEY_PRESS, xKeyN);
+        loop.exec();
+        for (const quint8 key : {xKeyN, xKeyShift, xKeySuper})
+            fake(connection, XCB_KEY_RELEASE, key);
+        QEventLoop pause; // Until the server has told of the releases.
+        QTimer::singleShot(5, &pause, &QEventLoop::quit);
+        pause.exec();
+    }
+    xcb_disconnect(connection);
+    std::sort(times.begin(), times.end());
+    if (times.isEmpty()) {
+        std::fprintf(stderr, "korvo-bench-hotkey: the shortcut never came\n");
+        return 1;
+    }
+    std::printf("%-52s%8.2f ms median, %.2f worst of %lld (goal 10)\n", "key press in the X server to the callback",
+                times.at(times.size() / 2), times.last(), static_cast<long long>(times.size()));
+    return 0;
+}
