@@ -1,14 +1,9 @@
+#include "EndToEnd/TrayLookUp.h"
 #include "Fakes/TcpProxy.h"
 #include "Platform/Linux/LinuxClock.h"
 #include "Services/CurlTransport.h"
 #include "Utilities/Spawn.h"
 
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
-#include <QDBusInterface>
-#include <QDBusMessage>
-#include <QDBusReply>
-#include <QDBusVariant>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -134,28 +129,12 @@ QJsonDocument RunningTimerTest::control(const QByteArray &method, const QString 
 
 QString RunningTimerTest::findItem() const
 {
-    QDBusInterface watcher(u"org.kde.StatusNotifierWatcher"_s, u"/StatusNotifierWatcher"_s,
-                           u"org.kde.StatusNotifierWatcher"_s);
-    const auto items = watcher.property("RegisteredStatusNotifierItems").toStringList();
-    for (const auto &item : items) {
-        // A tray tells the bus name of an item, some with its path behind.
-        const auto service = item.section(u'/', 0, 0);
-        const QDBusReply<uint> pid = QDBusConnection::sessionBus().interface()->servicePid(service);
-        if (m_korvo && pid.isValid() && pid.value() == uint(m_korvo->processId()))
-            return service;
-    }
-    return {};
+    return m_korvo ? findTrayItem(m_korvo->processId()) : QString();
 }
 
 QString RunningTimerTest::property(const QString &name) const
 {
-    auto call = QDBusMessage::createMethodCall(m_item, u"/StatusNotifierItem"_s, u"org.freedesktop.DBus.Properties"_s,
-                                               u"Get"_s);
-    call << u"org.kde.StatusNotifierItem"_s << name;
-    const auto reply = QDBusConnection::sessionBus().call(call, QDBus::Block, 5000);
-    const auto value = reply.arguments().value(0).value<QDBusVariant>().variant();
-    return value.userType() == qMetaTypeId<QDBusObjectPath>() ? value.value<QDBusObjectPath>().path()
-                                                              : value.toString();
+    return trayItemProperty(m_item, name);
 }
 
 int RunningTimerTest::seconds() const
@@ -239,12 +218,7 @@ void RunningTimerTest::quitFromTheMenuEndsWithStatusZero()
 {
     startKorvo();
     QTRY_VERIFY_WITH_TIMEOUT(seconds() > 0, patience);
-    const auto menu = property(u"Menu"_s);
-    QVERIFY(!menu.isEmpty());
-    // The entries are numbered in their order: the task, a separator, Quit.
-    auto call = QDBusMessage::createMethodCall(m_item, menu, u"com.canonical.dbusmenu"_s, u"Event"_s);
-    call << 3 << u"clicked"_s << QVariant::fromValue(QDBusVariant(QString())) << 0U;
-    QDBusConnection::sessionBus().call(call, QDBus::Block, 5000);
+    QVERIFY(clickTrayMenu(m_item, u"Quit"_s));
     QTRY_COMPARE_WITH_TIMEOUT(m_korvo->state(), QProcess::NotRunning, patience);
     QCOMPARE(m_korvo->exitStatus(), QProcess::NormalExit);
     QCOMPARE(m_korvo->exitCode(), 0);

@@ -1,6 +1,7 @@
 #include "Platform/Freedesktop/StatusNotifierItem.h"
 
 #include "FakeTray.h"
+#include "Platform/Freedesktop/ScreenSample.h"
 
 #include <QCoreApplication>
 #include <QCursor>
@@ -11,8 +12,10 @@
 #include <QFile>
 #include <QImage>
 #include <QPainter>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
+#include <QWidget>
 #include <QXmlStreamReader>
 
 using namespace korvo;
@@ -67,6 +70,44 @@ ToolTip readToolTip(const QVariant &value)
     return toolTip;
 }
 
+/// A bar of one colour at the top of the screen, for which the desktop keeps room.
+class Bar : public QWidget {
+public:
+    explicit Bar(const QColor &color) : QWidget(nullptr, Qt::X11BypassWindowManagerHint)
+    {
+        setAutoFillBackground(true);
+        setColor(color);
+        setGeometry(0, 0, 1280, height);
+        show();
+        reserve(height);
+    }
+    ~Bar() override { reserve(0); }
+    Q_DISABLE_COPY_MOVE(Bar)
+
+    void setColor(const QColor &color) { setPalette(color); }
+
+private:
+    static constexpr int height = 28;
+
+    static void reserve(int top)
+    {
+        QProcess::execute(u"xprop"_s,
+                          {u"-root"_s, u"-f"_s, u"_NET_WORKAREA"_s, u"32c"_s, u"-set"_s, u"_NET_WORKAREA"_s,
+                           u"0, %1, 1280, %2"_s.arg(top).arg(800 - top)});
+    }
+};
+
+/// How light the ink is in the largest picture that `tray` gets; 0 is black, 255 is white.
+int inkOf(FakeTray &tray)
+{
+    const auto pixmaps = readPixmaps(tray.itemProperty(u"IconPixmap"_s));
+    if (pixmaps.isEmpty())
+        return -1;
+    const Pixmap &pixmap = pixmaps.last();
+    const auto middle = 4 * (pixmap.height / 2 * pixmap.width + pixmap.width / 2);
+    return uchar(pixmap.bytes.at(middle + 1));
+}
+
 } // namespace
 
 class StatusNotifierItemTest : public QObject {
@@ -107,6 +148,13 @@ private slots:
     void nothingIsSentOrDrawnWhileNoTrayShowsTheItem();
     void whatATrayMissedItIsToldWhenItIsBack();
 
+    void aTemplateTakesTheInkOfTheBarThatIsThereWhenItIsRead();
+    void aTrayThatReadATemplateTooEarlyIsToldOfItsInk();
+    void aTrayThatReadATemplateInTimeIsToldNothing();
+    void theBarIsNotLookedAtForEver();
+    void theBarOfTheNextTrayIsLookedAtAgain();
+    void aPictureInColourIsNotToldAgainForAnotherBar();
+
     void aClickTellsWhereTheButtonIs();
     void otherGesturesMeanNothing_data();
     void otherGesturesMeanNothing();
@@ -128,6 +176,18 @@ private:
                     ++m_drawings;
                     painter.fillRect(QRectF(QPointF(), size), color);
                 }};
+    }
+    StatusImage templateImage(const QString &key)
+    {
+        StatusImage shape = image(key);
+        shape.isTemplate = true;
+        return shape;
+    }
+    /// What the program does each second, for a while.
+    void setAgain(const StatusImage &shown)
+    {
+        for (int second = 0; second < 10; ++second)
+            m_item->setImage(shown);
     }
     void show()
     {
@@ -500,6 +560,83 @@ void StatusNotifierItemTest::whatATrayMissedItIsToldWhenItIsBack()
     m_tray->setHost(true);
     QTRY_VERIFY(m_item->isShown());
     QCOMPARE(sent(), (QStringList{u"NewIcon"_s, u"XAyatanaNewLabel"_s, u"NewTitle"_s, u"NewToolTip"_s}));
+}
+
+void StatusNotifierItemTest::aTemplateTakesTheInkOfTheBarThatIsThereWhenItIsRead()
+{
+    Bar bar(Qt::white);
+    QTRY_COMPARE(backdropOfBar(), Backdrop::light);
+    show();
+    m_item->setImage(templateImage(u"a"_s));
+    QVERIFY(inkOf(*m_tray) < 60);
+    m_drawings = 0;
+    QVERIFY(inkOf(*m_tray) < 60);
+    QCOMPARE(m_drawings, 0);
+    bar.setColor(QColor(0x20, 0x20, 0x20));
+    QTRY_COMPARE(backdropOfBar(), Backdrop::dark);
+    QVERIFY(inkOf(*m_tray) > 200);
+}
+
+void StatusNotifierItemTest::aTrayThatReadATemplateTooEarlyIsToldOfItsInk()
+{
+    show();
+    m_item->setImage(templateImage(u"a"_s));
+    QVERIFY(inkOf(*m_tray) > 200); // There is no bar yet: near white with a rim.
+    const Bar bar(Qt::white);
+    QTRY_COMPARE(backdropOfBar(), Backdrop::light);
+    QCOMPARE(sent(), QStringList());
+    setAgain(templateImage(u"a"_s));
+    QCOMPARE(sent(), QStringList(u"NewIcon"_s));
+    QVERIFY(inkOf(*m_tray) < 60);
+}
+
+void StatusNotifierItemTest::aTrayThatReadATemplateInTimeIsToldNothing()
+{
+    const Bar bar(Qt::white);
+    QTRY_COMPARE(backdropOfBar(), Backdrop::light);
+    show();
+    m_item->setImage(templateImage(u"a"_s));
+    m_tray->itemProperties();
+    m_drawings = 0;
+    setAgain(templateImage(u"a"_s));
+    QCOMPARE(sent(), QStringList());
+    m_tray->itemProperties();
+    QCOMPARE(m_drawings, 0);
+}
+
+void StatusNotifierItemTest::theBarIsNotLookedAtForEver()
+{
+    aTrayThatReadATemplateInTimeIsToldNothing();
+    const Bar bar(QColor(0x20, 0x20, 0x20));
+    QTRY_COMPARE(backdropOfBar(), Backdrop::dark);
+    setAgain(templateImage(u"a"_s));
+    QCOMPARE(sent(), QStringList());
+}
+
+void StatusNotifierItemTest::theBarOfTheNextTrayIsLookedAtAgain()
+{
+    theBarIsNotLookedAtForEver();
+    m_tray->setHost(false);
+    QTRY_VERIFY(!m_item->isShown());
+    const Bar bar(QColor(0x20, 0x20, 0x20));
+    QTRY_COMPARE(backdropOfBar(), Backdrop::dark);
+    m_tray->setHost(true);
+    QTRY_VERIFY(m_item->isShown());
+    QCOMPARE(sent(), QStringList());
+    setAgain(templateImage(u"a"_s));
+    QCOMPARE(sent(), QStringList(u"NewIcon"_s));
+    QVERIFY(inkOf(*m_tray) > 200);
+}
+
+void StatusNotifierItemTest::aPictureInColourIsNotToldAgainForAnotherBar()
+{
+    show();
+    m_item->setImage(image(u"a"_s));
+    m_tray->itemProperties();
+    const Bar bar(Qt::white);
+    QTRY_COMPARE(backdropOfBar(), Backdrop::light);
+    setAgain(image(u"a"_s));
+    QCOMPARE(sent(), QStringList());
 }
 
 void StatusNotifierItemTest::aClickTellsWhereTheButtonIs()

@@ -56,6 +56,7 @@ private slots:
     void backdropIsWhatMostOfTheSampleIs_data();
     void backdropIsWhatMostOfTheSampleIs();
     void eachPictureGetsAFileOfItsOwn();
+    void anotherBackdropGetsAFileOfItsOwn();
     void thePictureBeforeStaysAndOlderOnesGo();
     void filesGoAtTheEnd();
     void picturesOfAKilledRunGo();
@@ -156,6 +157,18 @@ void StatusPictureTest::eachPictureGetsAFileOfItsOwn()
     QVERIFY(red != green);
     QCOMPARE(QImage(green).pixelColor(11, 11), QColor(Qt::green));
     QCOMPARE(QImage(red).pixelColor(11, 11), QColor(Qt::red));
+}
+
+void StatusPictureTest::anotherBackdropGetsAFileOfItsOwn()
+{
+    const QTemporaryDir folder;
+    StatusIconFile file(folder.path());
+    const QString light = file.pathFor(disc(), Backdrop::light);
+    const QString dark = file.pathFor(disc(), Backdrop::dark);
+    QVERIFY(dark != light);
+    QCOMPARE(file.pathFor(disc(), Backdrop::dark), dark);
+    QVERIFY(QImage(light).pixelColor(11, 11).lightness() < 60);
+    QVERIFY(QImage(dark).pixelColor(11, 11).lightness() > 200);
 }
 
 void StatusPictureTest::thePictureBeforeStaysAndOlderOnesGo()

@@ -25,7 +25,7 @@ StatusIconFile::~StatusIconFile()
 
 QString StatusIconFile::pathFor(const StatusImage &image, Backdrop backdrop)
 {
-    if (!m_paths.isEmpty() && m_key == image.key)
+    if (!m_paths.isEmpty() && m_key == image.key && m_backdrop == backdrop)
         return m_paths.last();
     if (m_folder.isEmpty() || !image.draw)
         return {};
@@ -39,6 +39,7 @@ QString StatusIconFile::pathFor(const StatusImage &image, Backdrop backdrop)
         || !file.commit())
         return {};
     m_key = image.key;
+    m_backdrop = backdrop;
     m_paths.append(path);
     if (m_paths.size() > 2)
         QFile::remove(m_paths.takeFirst());

@@ -16,7 +16,8 @@ public:
     StatusIconFile(const StatusIconFile &) = delete;
     StatusIconFile &operator=(const StatusIconFile &) = delete;
 
-    /// The absolute path of a PNG with the picture, written at the first call for its key; empty if that fails.
+    /// The absolute path of a PNG with the picture, written at the first call for its key and backdrop; empty if
+    /// that fails.
     QString pathFor(const StatusImage &image, Backdrop backdrop);
 
     /// The user's folder for files that live as long as the session; empty if there is none.
@@ -27,7 +28,8 @@ private:
 
     QString m_folder;
     QString m_key;
-    QStringList m_paths; ///< The newest last, two at most.
+    Backdrop m_backdrop = Backdrop::unknown; ///< That the newest picture is drawn for.
+    QStringList m_paths;                     ///< The newest last, two at most.
     int m_count = 0;
 };
 

@@ -54,6 +54,8 @@ constexpr auto itemInterface = "org.kde.StatusNotifierItem"_L1;
 constexpr auto standardInterface = "org.freedesktop.StatusNotifierItem"_L1; // Its name in the draft of a standard.
 constexpr auto propertiesInterface = "org.freedesktop.DBus.Properties"_L1;
 
+constexpr int looksAfterRegistration = 3; // A bar that has just started may paint itself only after it has read items.
+
 constexpr auto introspection = R"xml(
   <interface name="org.kde.StatusNotifierItem">
     <property name="Category" type="s" access="read"/>
@@ -206,8 +208,10 @@ StatusNotifierObject::~StatusNotifierObject()
 
 void StatusNotifierObject::setImage(const StatusImage &image)
 {
-    if (m_image.key == image.key && m_image.description == image.description)
+    if (m_image.key == image.key && m_image.description == image.description) {
+        lookAgain();
         return;
+    }
     m_image = image;
     announceChanges();
 }
@@ -231,7 +235,22 @@ void StatusNotifierObject::setToolTip(const QString &headline, const QString &te
 
 void StatusNotifierObject::setAnnouncing(bool isAnnouncing)
 {
+    if (isAnnouncing && !m_isAnnouncing)
+        m_looksLeft = looksAfterRegistration;
     m_isAnnouncing = isAnnouncing;
+    announceChanges();
+}
+
+/// Tells a tray that read a template before its bar was painted that the ink is another one now.
+void StatusNotifierObject::lookAgain()
+{
+    if (!m_isAnnouncing || !m_image.isTemplate || !m_told.picture || m_looksLeft == 0)
+        return;
+    --m_looksLeft;
+    const Backdrop seen = backdropOfBar();
+    if (seen == Backdrop::unknown)
+        return; // Nothing is learnt from a screen that shows nothing.
+    m_backdrop = seen;
     announceChanges();
 }
 
@@ -259,7 +278,8 @@ void StatusNotifierObject::announce(std::optional<QString> &told, const QString 
 /// Names what a reader of the picture gets; a change of it is news for readers.
 QString StatusNotifierObject::pictureId() const
 {
-    return m_image.key + u'\n' + m_image.description;
+    const int ink = int(m_image.isTemplate ? m_backdrop : Backdrop::unknown);
+    return m_image.key + u'\n' + m_image.description + u'\n' + QString::number(ink);
 }
 
 /// What the item is called where there is no room for a headline, as by screen readers.
@@ -275,22 +295,25 @@ QString StatusNotifierObject::toolTipId() const
     return m_headline + u'\n' + m_text;
 }
 
-/// Asked anew for each picture: people change the colours of their desktop.
-Backdrop StatusNotifierObject::backdrop() const
+/// What the picture is to be drawn for, asked anew for each reader: people change the colours of their desktop.
+Backdrop StatusNotifierObject::look()
 {
-    return m_image.isTemplate ? backdropOfBar() : Backdrop::unknown;
+    if (!m_image.isTemplate)
+        return Backdrop::unknown;
+    m_backdrop = backdropOfBar();
+    return m_backdrop;
 }
 
-const QList<StatusPixmap> &StatusNotifierObject::pixmaps()
+const QList<StatusPixmap> &StatusNotifierObject::pixmaps(Backdrop backdrop)
 {
-    if (m_pixmapsKey != m_image.key) {
+    if (m_pixmapsKey != m_image.key || m_pixmapsBackdrop != backdrop) {
         m_pixmaps.clear();
         if (m_image.draw) {
-            const Backdrop behind = backdrop();
             for (const int side : statusPictureSizes)
-                m_pixmaps.append(toStatusPixmap(renderStatusImage(m_image, side, behind)));
+                m_pixmaps.append(toStatusPixmap(renderStatusImage(m_image, side, backdrop)));
         }
         m_pixmapsKey = m_image.key;
+        m_pixmapsBackdrop = backdrop;
     }
     return m_pixmaps;
 }
@@ -320,12 +343,14 @@ QVariant StatusNotifierObject::valueOf(const QString &name, const QString &reade
         return QVariant::fromValue(toolTipOf(m_headline, m_text));
     }
     if (name == "IconName"_L1) {
+        const Backdrop backdrop = m_fileReaders.contains(reader) ? look() : m_backdrop;
         m_told.picture = pictureId();
-        return m_fileReaders.contains(reader) ? m_iconFile.pathFor(m_image, backdrop()) : QString();
+        return m_fileReaders.contains(reader) ? m_iconFile.pathFor(m_image, backdrop) : QString();
     }
     if (name == "IconPixmap"_L1) {
+        const Backdrop backdrop = m_fileReaders.contains(reader) ? m_backdrop : look();
         m_told.picture = pictureId();
-        return QVariant::fromValue(m_fileReaders.contains(reader) ? QList<StatusPixmap>() : pixmaps());
+        return QVariant::fromValue(m_fileReaders.contains(reader) ? QList<StatusPixmap>() : pixmaps(backdrop));
     }
     if (name == "IconAccessibleDesc"_L1) {
         m_told.picture = pictureId();

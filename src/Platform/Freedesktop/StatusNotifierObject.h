@@ -29,6 +29,8 @@ public:
     StatusNotifierObject(QDBusConnection connection, QString path, QString menuPath, QObject *parent = nullptr);
     ~StatusNotifierObject() override;
 
+    /// Call it regularly, also with the image it has: for the first few calls after a tray has come the item looks
+    /// whether a template still reads on the bar.
     void setImage(const StatusImage &image);
     void setLabel(const QString &label);
     void setToolTip(const QString &headline, const QString &text);
@@ -62,8 +64,9 @@ private:
     QString pictureId() const;
     QString title() const;
     QString toolTipId() const;
-    Backdrop backdrop() const;
-    const QList<StatusPixmap> &pixmaps();
+    Backdrop look();
+    void lookAgain();
+    const QList<StatusPixmap> &pixmaps(Backdrop backdrop);
     void announceChanges();
     void announce(std::optional<QString> &told, const QString &now, const QString &signal,
                   const QVariantList &arguments = {});
@@ -79,7 +82,10 @@ private:
     Told m_told;
     QStringList m_fileReaders;
     StatusIconFile m_iconFile{StatusIconFile::sessionFolder()};
+    Backdrop m_backdrop = Backdrop::unknown; ///< What was behind the last template that was looked at.
+    int m_looksLeft = 0;                 ///< At the bar since the item was registered, before it is taken as painted.
     std::optional<QString> m_pixmapsKey; ///< Of which image `m_pixmaps` are.
+    Backdrop m_pixmapsBackdrop = Backdrop::unknown;
     QList<StatusPixmap> m_pixmaps;
 };
 

@@ -27,10 +27,10 @@ TrayStatusItem::~TrayStatusItem() = default;
 
 void TrayStatusItem::setImage(const StatusImage &image)
 {
+    m_notifier->setImage(image); // Also the same one, which tells it to look at its bar again.
     if (m_image.key == image.key && m_image.description == image.description)
         return;
     m_image = image;
-    m_notifier->setImage(image);
     if (m_fallback)
         m_fallback->setImage(image);
 }

@@ -1,0 +1,128 @@
+#include "EndToEnd/TrayLookUp.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <filesystem>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+using namespace korvo;
+
+namespace {
+
+constexpr int patience = 20000;
+
+/// The sockets of the Internet that a process has, by the kernel's numbers for them.
+QStringList internetSockets(qint64 pid)
+{
+    QStringList known;
+    for (const auto &table : {u"tcp"_s, u"tcp6"_s, u"udp"_s, u"udp6"_s}) {
+        QFile file(u"/proc/%1/net/%2"_s.arg(pid).arg(table));
+        if (!file.open(QIODevice::ReadOnly))
+            continue;
+        const auto lines = QString::fromLatin1(file.readAll()).split(u'\n').mid(1);
+        for (const auto &line : lines)
+            known.append(line.simplified().section(u' ', 9, 9));
+    }
+    QStringList sockets;
+    for (const auto &descriptor : std::filesystem::directory_iterator(u"/proc/%1/fd"_s.arg(pid).toStdString())) {
+        std::error_code hasGone;
+        const auto target = QString::fromStdString(std::filesystem::read_symlink(descriptor.path(), hasGone).string());
+        if (target.startsWith(u"socket:["_s) && known.contains(target.sliced(8).chopped(1)))
+            sockets.append(target);
+    }
+    return sockets;
+}
+
+} // namespace
+
+/// Korvo as a user first has it: in a real tray, with a home folder in which there is nothing.
+class UnconfiguredTest : public QObject {
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+
+    void theItemSaysThatNoTimerIsRunning();
+    void launchIsLoggedInOrderAndNothingIsPolled();
+    void quitFromTheMenuEndsWithStatusZero();
+
+private:
+    QStringList log() const; ///< Its messages, without the time.
+
+    std::unique_ptr<QTemporaryDir> m_home;
+    std::unique_ptr<QProcess> m_korvo;
+    QString m_item;
+};
+
+void UnconfiguredTest::init()
+{
+    m_home = std::make_unique<QTemporaryDir>();
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"HOME"_s, m_home->path());
+    for (const auto &name : {u"XDG_CONFIG_HOME"_s, u"XDG_DATA_HOME"_s, u"XDG_STATE_HOME"_s, u"XDG_CACHE_HOME"_s})
+        environment.remove(name);
+    m_korvo = std::make_unique<QProcess>();
+    m_korvo->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_korvo->setProcessEnvironment(environment);
+    m_korvo->start(qEnvironmentVariable("KORVO"), QStringList());
+    QVERIFY(m_korvo->waitForStarted());
+    QTRY_VERIFY_WITH_TIMEOUT(!(m_item = findTrayItem(m_korvo->processId())).isEmpty(), patience);
+    QTRY_VERIFY_WITH_TIMEOUT(log().contains(u"[INFO] App launch complete"_s), patience);
+}
+
+void UnconfiguredTest::cleanup()
+{
+    const auto pid = m_korvo->processId();
+    m_korvo->kill();
+    m_korvo->waitForFinished();
+    QTRY_VERIFY(pid == 0 || findTrayItem(pid).isEmpty()); // The tray has seen it go.
+    m_korvo.reset();
+}
+
+QStringList UnconfiguredTest::log() const
+{
+    QFile file(m_home->filePath(u".local/state/Korvo/korvo.log"_s));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QStringList messages;
+    for (const auto &line : QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts))
+        messages.append(u"["_s + line.section(u" ["_s, 1));
+    return messages;
+}
+
+void UnconfiguredTest::theItemSaysThatNoTimerIsRunning()
+{
+    QCOMPARE(trayItemProperty(m_item, u"Title"_s), u"Korvo, No timer running"_s);
+    QCOMPARE(trayItemProperty(m_item, u"XAyatanaLabel"_s), QString());
+}
+
+void UnconfiguredTest::launchIsLoggedInOrderAndNothingIsPolled()
+{
+    const auto messages = log();
+    const auto launched = messages.indexOf(u"[INFO] App launched — applicationDidFinishLaunching"_s);
+    const auto created = messages.indexOf(u"[INFO] Status item created"_s);
+    const auto complete = messages.indexOf(u"[INFO] App launch complete"_s);
+    QCOMPARE(launched, 0);
+    QVERIFY(launched < created && created < complete);
+    QVERIFY(messages.filter(u"Poll"_s).isEmpty());
+    QCOMPARE(internetSockets(m_korvo->processId()), QStringList());
+}
+
+void UnconfiguredTest::quitFromTheMenuEndsWithStatusZero()
+{
+    QVERIFY(clickTrayMenu(m_item, u"Quit"_s));
+    QTRY_COMPARE_WITH_TIMEOUT(m_korvo->state(), QProcess::NotRunning, patience);
+    QCOMPARE(m_korvo->exitStatus(), QProcess::NormalExit);
+    QCOMPARE(m_korvo->exitCode(), 0);
+    const auto messages = log();
+    QVERIFY(messages.contains(u"[INFO] App terminating — applicationWillTerminate"_s));
+    QVERIFY(!messages.contains(u"[INFO] Polling started"_s));
+    QVERIFY(messages.filter(u"[ERROR]"_s).isEmpty());
+}
+
+QTEST_GUILESS_MAIN(UnconfiguredTest)
+#include "UnconfiguredTest.moc"
