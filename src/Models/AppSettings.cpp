@@ -51,6 +51,7 @@ AppSettings::AppSettings(UserDefaults &defaults) : m_defaults(defaults)
     m_quickAddModifiers = storedUnsigned(defaults, u"quickAddModifiers"_s, m_quickAddModifiers);
     m_showDockIcon = defaults.boolean(u"showDockIcon"_s).value_or(m_showDockIcon);
     m_fieldMapping = storedMapping(defaults);
+    m_defaults.registerDefaults(values()); // Saving them unchanged must not undo what another process has saved.
 
     m_isConfigured.setBinding([this] {
         if (apiKey().isEmpty() || timeTrackerDBId().isEmpty() || tasksDBId().isEmpty())
@@ -155,9 +156,13 @@ void AppSettings::changeFieldMapping(const std::function<void(FieldMapping &)> &
 
 void AppSettings::save()
 {
-    // Read past the bindings: a binding that happens to write a setting does not come to depend on all of them. One
-    // call for all values, as the store writes its file once a call.
-    m_defaults.set({
+    m_defaults.set(values()); // One call for all of them, as the store writes its file once a call.
+}
+
+QList<std::pair<QString, UserDefaults::Value>> AppSettings::values() const
+{
+    // Read past the bindings: a binding that happens to write a setting does not come to depend on all of them.
+    return {
         {u"apiKey"_s, m_apiKey.valueBypassingBindings()},
         {u"timeTrackerDBId"_s, m_timeTrackerDBId.valueBypassingBindings()},
         {u"tasksDBId"_s, m_tasksDBId.valueBypassingBindings()},
@@ -171,7 +176,7 @@ void AppSettings::save()
         {u"quickAddModifiers"_s, qint64{m_quickAddModifiers.valueBypassingBindings()}},
         {u"showDockIcon"_s, m_showDockIcon.valueBypassingBindings()},
         {u"fieldMapping"_s, m_fieldMapping.valueBypassingBindings().toJson()},
-    });
+    };
 }
 
 } // namespace korvo

@@ -3,11 +3,13 @@
 #include "Models/FieldMapping.h"
 #include "Platform/UserDefaults.h"
 
+#include <QList>
 #include <QObject>
 #include <QProperty>
 #include <QString>
 
 #include <functional>
+#include <utility>
 
 namespace korvo {
 
@@ -112,6 +114,7 @@ private:
 
     explicit AppSettings(UserDefaults &defaults);
     void save();
+    QList<std::pair<QString, UserDefaults::Value>> values() const; ///< All of them, in the order of the store.
 
     UserDefaults &m_defaults;
     Q_OBJECT_BINDABLE_PROPERTY(AppSettings, QString, m_apiKey, &AppSettings::apiKeyChanged)

@@ -26,6 +26,11 @@ public:
     virtual std::optional<qint64> integer(const QString &key) const = 0;
     virtual std::optional<QByteArray> data(const QString &key) const = 0;
 
+    /// Tells what the program goes by where nothing usable is stored. Such a value is not in the store, nor does reading
+    /// find it. Setting it for the first time is no change: it is written where the store still holds what this process
+    /// found there, or nothing, and gives way to what another process has put there.
+    virtual void registerDefaults(const QList<std::pair<QString, Value>> &values) = 0;
+
     /// Writes the values in order, all or none: they are in the store when this returns. What other keys hold, also
     /// what another process wrote there meanwhile, stays. A failure is swallowed and loses nothing stored before.
     virtual void set(const QList<std::pair<QString, Value>> &values) = 0;

@@ -67,7 +67,8 @@ void CurlTransfer::connectTo(const QByteArray &entry, const QByteArray &caFile)
 void CurlTransfer::setOptions()
 {
     CURL *const easy = handle();
-    curl_easy_setopt(easy, CURLOPT_URL, m_request.url.toEncoded().constData());
+    const auto url = m_request.exactUrl.isEmpty() ? m_request.url.toEncoded() : m_request.exactUrl;
+    curl_easy_setopt(easy, CURLOPT_URL, url.constData());
     curl_easy_setopt(easy, CURLOPT_PATH_AS_IS, 1L);
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1});

@@ -20,6 +20,7 @@ using HttpHeaders = QList<std::pair<QByteArray, QByteArray>>;
 struct HttpRequest {
     QByteArray method;
     QUrl url;
+    QByteArray exactUrl{}; ///< What goes out for `url`, if not QUrl's own spelling, which undoes needless escapes.
     HttpHeaders headers;
     std::optional<QByteArray> body;
     std::chrono::milliseconds timeout{60000}; ///< For the whole transfer.

@@ -60,6 +60,19 @@ QString roundTripText(double number)
     return text;
 }
 
+/// A URL's text as it goes out: only what is not ASCII is escaped, the rest stays letter by letter.
+QByteArray withAsciiOnly(const QString &url)
+{
+    QByteArray text;
+    for (const char byte : url.toUtf8()) {
+        if (static_cast<unsigned char>(byte) < 0x80)
+            text += byte;
+        else
+            text += '%' + QByteArray(1, byte).toHex().toUpper();
+    }
+    return text;
+}
+
 /// The request for a path below the base URL, with the headers of every request and the key as it is now.
 NotionAPIService::Result<HttpRequest> makeRequest(const AppSettings &settings, const QByteArray &method,
                                                   const QString &path, const std::optional<QJsonObject> &body)
@@ -67,12 +80,14 @@ NotionAPIService::Result<HttpRequest> makeRequest(const AppSettings &settings, c
     const auto key = settings.apiKey();
     if (key.isEmpty())
         return APIError(APIError::NoAPIKey{});
-    const QUrl url(baseURL + path, QUrl::StrictMode);
+    const QString text = baseURL + path;
+    const QUrl url(text, QUrl::StrictMode);
     if (!url.isValid())
         return APIError(APIError::InvalidResponse{});
 
     HttpRequest request{.method = method,
                         .url = url,
+                        .exactUrl = withAsciiOnly(text),
                         .headers = {{"Authorization"_ba, "Bearer " + key.toUtf8()},
                                     {"Content-Type"_ba, "application/json"_ba},
                                     {"Notion-Version"_ba, notionVersion}},

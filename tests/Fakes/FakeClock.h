@@ -52,8 +52,9 @@ public:
         return int(m_sleepers.size());
     }
 
-    QList<Wait> waits;      ///< Each wait that was asked for, in order.
-    bool isInstant = false; ///< Every wait ends at once, as if its time had passed.
+    QList<Wait> waits;             ///< Each wait that was asked for, in order.
+    bool isInstant = false;        ///< Every wait ends at once, as if its time had passed.
+    bool arePausesInstant = false; ///< Every pause does; sleeps wait as ever.
 
 private:
     struct Sleeper {
@@ -67,7 +68,7 @@ private:
         Completion<bool> done;
         if (stop.stop_requested())
             co_return false;
-        if (isInstant) {
+        if (isInstant || (arePausesInstant && kind == Kind::pause)) {
             m_now = m_now.addMSecs(qRound64(seconds * 1000));
             done.complete(true);
         } else {

@@ -25,6 +25,11 @@ public:
     std::optional<qint64> integer(const QString &key) const override { return get<qint64>(key); }
     std::optional<QByteArray> data(const QString &key) const override { return get<QByteArray>(key); }
 
+    void registerDefaults(const QList<std::pair<QString, Value>> &defaults) override
+    {
+        for (const auto &[key, value] : defaults)
+            registered.insert(key, value);
+    }
     void set(const QList<std::pair<QString, Value>> &written) override
     {
         writes.append(written);
@@ -33,6 +38,7 @@ public:
     }
 
     QMap<QString, Value> values;
+    QMap<QString, Value> registered; ///< Not found by reading.
     QList<QList<std::pair<QString, Value>>> writes;
 
 private:

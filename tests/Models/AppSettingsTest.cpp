@@ -3,6 +3,7 @@
 #include "Fakes/TestSettings.h"
 #include "Platform/Linux/JsonUserDefaults.h"
 
+#include <QFile>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -47,6 +48,9 @@ private slots:
     void withoutAnyOneOfSixItIsNotConfigured();
     void isConfiguredTellsOfChangesOnly();
     void settingsSurviveARestart();
+    void whatIsLoadedIsRegisteredAsDefaults();
+    void twoProcessesThatBeginTogetherKeepEachOthersSettings_data();
+    void twoProcessesThatBeginTogetherKeepEachOthersSettings();
     void thereIsOneSharedObject();
 };
 
@@ -512,6 +516,53 @@ void AppSettingsTest::settingsSurviveARestart()
     const auto settings = TestSettings::load(defaults);
     QVERIFY(valuesOf(*settings) == before);
     QCOMPARE(settings->isConfigured(), true);
+}
+
+void AppSettingsTest::whatIsLoadedIsRegisteredAsDefaults()
+{
+    const TestSettings empty;
+    QVERIFY(empty.defaults.registered == valuesOf(empty.settings));
+    QVERIFY(empty.defaults.values.isEmpty());
+    const TestSettings full(allStored());
+    QVERIFY(full.defaults.registered == allStored());
+}
+
+void AppSettingsTest::twoProcessesThatBeginTogetherKeepEachOthersSettings_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("no file") << QByteArray();
+    QTest::newRow("a file without these") << R"({"showDockIcon": false})"_ba;
+    QTest::newRow("a file with one of a wrong type") << R"({"apiKey": 1, "reminderHours": "8"})"_ba;
+}
+
+void AppSettingsTest::twoProcessesThatBeginTogetherKeepEachOthersSettings()
+{
+    QFETCH(QByteArray, content);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"defaults.json"_s);
+    if (!content.isNull()) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(content), content.size());
+    }
+    JsonUserDefaults oneDefaults(path);
+    JsonUserDefaults otherDefaults(path);
+    const auto one = TestSettings::load(oneDefaults);
+    const auto other = TestSettings::load(otherDefaults);
+    one->setApiKey(u"ntn"_s);
+    other->setReminderHours(4);
+    other->setTasksDBId(u"tasks"_s);
+    one->setTimeTrackerDBId(u"tracker"_s);
+
+    JsonUserDefaults nextDefaults(path);
+    const auto next = TestSettings::load(nextDefaults);
+    QCOMPARE(next->apiKey(), u"ntn"_s);
+    QCOMPARE(next->reminderHours(), 4.0);
+    QCOMPARE(next->tasksDBId(), u"tasks"_s);
+    QCOMPARE(next->timeTrackerDBId(), u"tracker"_s);
+    const auto expected = valuesOf(*next);
+    for (auto it = expected.begin(); it != expected.end(); ++it)
+        QVERIFY2(nextDefaults.contains(it.key()), qPrintable(it.key())); // Each save writes all that is not there.
 }
 
 void AppSettingsTest::thereIsOneSharedObject()

@@ -49,13 +49,16 @@ private slots:
     void unknownMembersStayLetterByLetter();
     void theFileIsForItsUserAlone_data();
     void theFileIsForItsUserAlone();
-    void aFileThatOthersCanReadIsClosed();
+    void aFileThatOthersCanReadIsClosedByLoadingAlone_data();
+    void aFileThatOthersCanReadIsClosedByLoadingAlone();
+    void aFileOpenedToOthersMeanwhileIsClosedByAnEqualValue();
     void theDefaultPathFollowsTheStandard_data();
     void theDefaultPathFollowsTheStandard();
 
     void aBrokenFileIsSetAside_data();
     void aBrokenFileIsSetAside();
     void anOlderBrokenFileIsNotOverwritten();
+    void aBrokenFileThatAnotherProcessIsMendingIsLeftToIt();
     void aFileBrokenMeanwhileComesBackWhole();
     void aFileRemovedMeanwhileComesBackWhole();
 
@@ -79,6 +82,12 @@ private slots:
     void keysOfOthersStay();
     void aValueAlreadySeenDoesNotOverwriteThatOfAnother();
     void aChangeOverwritesTheValueOfAnother();
+    void aDefaultIsNotStoredUntilItIsSet();
+    void aDefaultDoesNotOverwriteTheValueOfAnother();
+    void aDefaultThatIsChangedOverwritesTheValueOfAnother();
+    void aDefaultSetAgainAfterAChangeIsAChange();
+    void aDefaultReplacesWhatItStandsInFor();
+    void aDefaultDoesNotReplaceWhatAnotherHasMended();
     void twoProcessesWriteAtOnce();
     void aLockThatIsHeldDelaysTheWrite();
     void theLockOfACrashedProcessIsBroken();
@@ -387,14 +396,36 @@ void JsonUserDefaultsTest::theFileIsForItsUserAlone()
     QCOMPARE(modeOf(m_folder->filePath(u"config"_s)), mode_t(0700));
 }
 
-void JsonUserDefaultsTest::aFileThatOthersCanReadIsClosed()
+void JsonUserDefaultsTest::aFileThatOthersCanReadIsClosedByLoadingAlone_data()
 {
-    writeFile(R"({"a": 1})");
-    setMode(path(), 0664);
+    QTest::addColumn<uint>("mode");
+    QTest::addColumn<uint>("expected");
+    QTest::newRow("for all to read") << 0644U << 0600U;
+    QTest::newRow("for a group to write") << 0664U << 0600U;
+    QTest::newRow("for all to enter") << 0711U << 0600U;
+    QTest::newRow("that nobody may write") << 0444U << 0400U;
+}
+
+void JsonUserDefaultsTest::aFileThatOthersCanReadIsClosedByLoadingAlone()
+{
+    QFETCH(uint, mode);
+    QFETCH(uint, expected);
+    writeFile(R"({"apiKey": "ntn"})");
+    setMode(path(), mode);
+    const JsonUserDefaults defaults(path());
+    QCOMPARE(modeOf(path()), mode_t(expected));
+    QCOMPARE(defaults.string(u"apiKey"_s), std::optional(u"ntn"_s));
+    QCOMPARE(file(), R"({"apiKey": "ntn"})"_ba);
+}
+
+void JsonUserDefaultsTest::aFileOpenedToOthersMeanwhileIsClosedByAnEqualValue()
+{
+    writeFile(R"({"apiKey": "ntn"})");
     JsonUserDefaults defaults(path());
+    setMode(path(), 0644);
     defaults.set({{u"apiKey"_s, u"ntn"_s}});
     QCOMPARE(modeOf(path()), mode_t(0600));
-    QCOMPARE(object().value(u"a"_s), QJsonValue(1));
+    QCOMPARE(file(), R"({"apiKey": "ntn"})"_ba);
 }
 
 void JsonUserDefaultsTest::theDefaultPathFollowsTheStandard_data()
@@ -467,6 +498,23 @@ void JsonUserDefaultsTest::anOlderBrokenFileIsNotOverwritten()
     QCOMPARE(contentOf(u".corrupt"_s), "first"_ba);
     QCOMPARE(contentOf(u".corrupt.2"_s), "second"_ba);
     QCOMPARE(contentOf(u".corrupt.3"_s), "third"_ba);
+}
+
+void JsonUserDefaultsTest::aBrokenFileThatAnotherProcessIsMendingIsLeftToIt()
+{
+    writeFile("{\"apiKey\": \"nt");
+    auto other = std::make_unique<QLockFile>(path() + u".lock"_s);
+    QVERIFY(other->tryLock());
+    JsonUserDefaults defaults(path());
+    defaults.registerDefaults({{u"apiKey"_s, u""_s}, {u"reminderHours"_s, 8.0}});
+    QVERIFY(!defaults.contains(u"apiKey"_s));
+    QVERIFY(QFileInfo::exists(path()));
+    writeFile(R"({"apiKey": "ntn"})");
+    other.reset();
+
+    defaults.set({{u"apiKey"_s, u""_s}, {u"reminderHours"_s, 4.0}});
+    QCOMPARE(object(), (QJsonObject{{u"apiKey"_s, u"ntn"_s}, {u"reminderHours"_s, 4}}));
+    QVERIFY(!QFileInfo::exists(path() + u".corrupt"_s));
 }
 
 void JsonUserDefaultsTest::aFileBrokenMeanwhileComesBackWhole()
@@ -611,9 +659,12 @@ void JsonUserDefaultsTest::defaultsSetForAnUnreadableFileGiveWayToIt()
     const OrdinaryUser user;
     JsonUserDefaults defaults(path());
     // A program that finds nothing saves its defaults, for all it knows.
-    defaults.set({{u"apiKey"_s, u""_s}, {u"pollIntervalIdle"_s, 60.0}, {u"showDockIcon"_s, true}});
+    const QList<std::pair<QString, Value>> values{
+        {u"apiKey"_s, u""_s}, {u"pollIntervalIdle"_s, 60.0}, {u"showDockIcon"_s, true}};
+    defaults.registerDefaults(values);
+    defaults.set(values);
     setMode(path(), 0600);
-    defaults.set({{u"apiKey"_s, u""_s}, {u"pollIntervalIdle"_s, 60.0}, {u"showDockIcon"_s, true}});
+    defaults.set(values);
     QCOMPARE(object(), (QJsonObject{{u"apiKey"_s, u"ntn"_s}, {u"pollIntervalIdle"_s, 90}, {u"showDockIcon"_s, true}}));
 }
 
@@ -623,8 +674,8 @@ void JsonUserDefaultsTest::changesOfAnUnreadableFileReachItLater()
     setMode(path(), 0);
     const OrdinaryUser user;
     JsonUserDefaults defaults(path());
-    defaults.set({{u"apiKey"_s, u""_s}, {u"pollIntervalIdle"_s, 60.0}});
-    defaults.set({{u"apiKey"_s, u""_s}, {u"pollIntervalIdle"_s, 120.0}});
+    defaults.registerDefaults({{u"apiKey"_s, u""_s}, {u"pollIntervalIdle"_s, 60.0}});
+    defaults.set({{u"apiKey"_s, u""_s}, {u"pollIntervalIdle"_s, 120.0}}); // The first write is a change already.
     QCOMPARE(defaults.number(u"pollIntervalIdle"_s), std::optional(120.0));
     setMode(path(), 0600);
     defaults.set({{u"apiKey"_s, u""_s}, {u"pollIntervalIdle"_s, 120.0}});
@@ -728,6 +779,76 @@ void JsonUserDefaultsTest::aChangeOverwritesTheValueOfAnother()
     other.set({{u"apiKey"_s, u"ofOther"_s}});
     one.set({{u"apiKey"_s, u"ofOne"_s}});
     QCOMPARE(object(), (QJsonObject{{u"apiKey"_s, u"ofOne"_s}}));
+}
+
+void JsonUserDefaultsTest::aDefaultIsNotStoredUntilItIsSet()
+{
+    JsonUserDefaults defaults(path());
+    defaults.registerDefaults({{u"apiKey"_s, u""_s}, {u"reminderHours"_s, 8.0}});
+    QVERIFY(!defaults.contains(u"apiKey"_s));
+    QVERIFY(!defaults.string(u"apiKey"_s));
+    QVERIFY(!defaults.number(u"reminderHours"_s));
+    defaults.set({{u"other"_s, true}});
+    QCOMPARE(object(), (QJsonObject{{u"other"_s, true}}));
+
+    defaults.set({{u"apiKey"_s, u""_s}});
+    QCOMPARE(object(), (QJsonObject{{u"other"_s, true}, {u"apiKey"_s, u""_s}}));
+    QCOMPARE(defaults.string(u"apiKey"_s), std::optional(u""_s));
+}
+
+void JsonUserDefaultsTest::aDefaultDoesNotOverwriteTheValueOfAnother()
+{
+    JsonUserDefaults one(path());
+    JsonUserDefaults other(path());
+    other.registerDefaults({{u"apiKey"_s, u""_s}});
+    one.set({{u"apiKey"_s, u"ntn"_s}});
+    for (const double hours : {4.0, 5.0}) {
+        other.set({{u"apiKey"_s, u""_s}, {u"reminderHours"_s, hours}});
+        QCOMPARE(object(), (QJsonObject{{u"apiKey"_s, u"ntn"_s}, {u"reminderHours"_s, hours}}));
+        QCOMPARE(other.string(u"apiKey"_s), std::optional(u""_s)); // What it set, it sees.
+    }
+}
+
+void JsonUserDefaultsTest::aDefaultThatIsChangedOverwritesTheValueOfAnother()
+{
+    JsonUserDefaults one(path());
+    JsonUserDefaults other(path());
+    other.registerDefaults({{u"apiKey"_s, u""_s}});
+    one.set({{u"apiKey"_s, u"ofOne"_s}});
+    other.set({{u"apiKey"_s, u"ofOther"_s}});
+    QCOMPARE(object(), (QJsonObject{{u"apiKey"_s, u"ofOther"_s}}));
+}
+
+void JsonUserDefaultsTest::aDefaultSetAgainAfterAChangeIsAChange()
+{
+    JsonUserDefaults one(path());
+    JsonUserDefaults other(path());
+    other.registerDefaults({{u"apiKey"_s, u""_s}});
+    other.set({{u"apiKey"_s, u"ofOther"_s}});
+    one.set({{u"apiKey"_s, u"ofOne"_s}});
+    other.set({{u"apiKey"_s, u""_s}}); // A user has emptied it.
+    QCOMPARE(object(), (QJsonObject{{u"apiKey"_s, u""_s}}));
+}
+
+void JsonUserDefaultsTest::aDefaultReplacesWhatItStandsInFor()
+{
+    writeFile(R"({"apiKey": 1, "reminderHours": "eight"})");
+    JsonUserDefaults defaults(path());
+    defaults.registerDefaults({{u"apiKey"_s, u""_s}, {u"reminderHours"_s, 8.0}});
+    QVERIFY(defaults.contains(u"apiKey"_s));
+    defaults.set({{u"apiKey"_s, u""_s}, {u"reminderHours"_s, 8.0}});
+    QCOMPARE(object(), (QJsonObject{{u"apiKey"_s, u""_s}, {u"reminderHours"_s, 8}}));
+}
+
+void JsonUserDefaultsTest::aDefaultDoesNotReplaceWhatAnotherHasMended()
+{
+    writeFile(R"({"apiKey": 1})");
+    JsonUserDefaults one(path());
+    JsonUserDefaults other(path());
+    other.registerDefaults({{u"apiKey"_s, u""_s}});
+    one.set({{u"apiKey"_s, u"ntn"_s}});
+    other.set({{u"apiKey"_s, u""_s}, {u"reminderHours"_s, 4.0}});
+    QCOMPARE(object(), (QJsonObject{{u"apiKey"_s, u"ntn"_s}, {u"reminderHours"_s, 4}}));
 }
 
 void JsonUserDefaultsTest::twoProcessesWriteAtOnce()

@@ -5,6 +5,7 @@
 #include "Fakes/TestAuthority.h"
 
 #include <QSemaphore>
+#include <QTcpServer>
 #include <QTest>
 #include <QTimer>
 
@@ -77,6 +78,25 @@ QString told(const Answer &answer)
                   : answer.error().description;
 }
 
+/// Sets a variable of the environment for as long as it lives.
+class EnvironmentVariable {
+public:
+    EnvironmentVariable(const char *name, const QByteArray &value) :
+        m_name(name),
+        m_wasSet(qEnvironmentVariableIsSet(name)),
+        m_former(qgetenv(name))
+    {
+        qputenv(name, value);
+    }
+    ~EnvironmentVariable() { m_wasSet ? qputenv(m_name, m_former) : qunsetenv(m_name); }
+    Q_DISABLE_COPY_MOVE(EnvironmentVariable)
+
+private:
+    const char *const m_name;
+    const bool m_wasSet;
+    const QByteArray m_former;
+};
+
 QByteArray gzipped(const QByteArray &text)
 {
     z_stream stream{};
@@ -146,6 +166,8 @@ private slots:
     void aCertificateThatIsNotRightIsRefused_data();
     void aCertificateThatIsNotRightIsRefused();
     void onlyTheRedirectedHostIsLedElsewhere();
+    void aRedirectedHostIsReachedPastTheProxyOfTheEnvironment_data();
+    void aRedirectedHostIsReachedPastTheProxyOfTheEnvironment();
     void theProcessHasOneSessionThatOutlivesItsRequests();
 };
 
@@ -554,28 +576,35 @@ void CurlTransportTest::aConnectionClosedWhileIdleCostsNothing()
 void CurlTransportTest::aReusedConnectionThatEndsWithoutAnAnswerIsNotTriedAgain_data()
 {
     QTest::addColumn<QByteArray>("method");
-    QTest::newRow("GET") << "GET"_ba;
-    QTest::newRow("POST") << "POST"_ba;
-    QTest::newRow("PATCH") << "PATCH"_ba;
+    QTest::addColumn<bool>("isTls");
+    for (const auto *method : {"GET", "POST", "PATCH"}) {
+        QTest::addRow("%s over TLS", method) << QByteArray(method) << true;
+        QTest::addRow("%s without TLS", method) << QByteArray(method) << false;
+    }
 }
 
 void CurlTransportTest::aReusedConnectionThatEndsWithoutAnAnswerIsNotTriedAgain()
 {
     QFETCH(QByteArray, method);
-    RawHttpServer server;
+    QFETCH(bool, isTls);
+    const TestAuthority authority;
+    RawHttpServer server(isTls ? std::optional(authority.issue(host)) : std::nullopt);
     server.reply(RawHttpServer::response(200));
     server.reply(""_ba, After::close);
     server.reply(RawHttpServer::response(200, "again"_ba));
     CurlTransport transport;
-    QCOMPARE(told(fetch(transport, get(server.url()))), u"200 {}"_s);
-    auto request = post(server.url(), "{}"_ba);
+    transport.redirectHost(QString::fromLatin1(host), u"127.0.0.1"_s, server.port(), authority.caFile());
+    const QUrl url((isTls ? u"https://"_s : u"http://"_s) + QString::fromLatin1(host));
+    QCOMPARE(told(fetch(transport, get(url))), u"200 {}"_s);
+    auto request = post(url, "{}"_ba);
     request.method = method;
     if (method == "GET")
         request.body.reset();
     const auto answer = fetch(transport, request);
-    QCOMPARE(told(answer), u"127.0.0.1 closed the connection without an answer"_s);
+    QCOMPARE(told(answer), u"api.notion.com closed the connection without an answer"_s);
     QVERIFY(!answer.error().isCancelled);
     QCOMPARE(server.requests.size(), 2);
+    QCOMPARE(server.requests.last().line(), method + " / HTTP/1.1");
 }
 
 void CurlTransportTest::nextRequestAfterAFailureSucceeds()
@@ -728,6 +757,34 @@ void CurlTransportTest::onlyTheRedirectedHostIsLedElsewhere()
     QCOMPARE(told(fetch(transport, get(other.url()))), u"200 other"_s);
     transport.redirectHost(u"api.notion.com"_s, u"127.0.0.1"_s, other.port());
     QCOMPARE(told(fetch(transport, get(QUrl(u"http://api.notion.com/"_s)))), u"200 other"_s);
+}
+
+void CurlTransportTest::aRedirectedHostIsReachedPastTheProxyOfTheEnvironment_data()
+{
+    sequentialRequestsShareOneConnection_data();
+}
+
+void CurlTransportTest::aRedirectedHostIsReachedPastTheProxyOfTheEnvironment()
+{
+    QFETCH(bool, isTls);
+    QTcpServer free;
+    QVERIFY(free.listen(QHostAddress::LocalHost));
+    const auto proxy = "http://127.0.0.1:" + QByteArray::number(free.serverPort());
+    free.close();
+    const EnvironmentVariable http("http_proxy", proxy);
+    const EnvironmentVariable https("https_proxy", proxy);
+    const EnvironmentVariable all("all_proxy", proxy);
+    const EnvironmentVariable direct("no_proxy", "");
+
+    const TestAuthority authority;
+    RawHttpServer server(isTls ? std::optional(authority.issue(host)) : std::nullopt);
+    server.reply(RawHttpServer::response(200));
+    CurlTransport transport;
+    const auto scheme = isTls ? u"https://"_s : u"http://"_s;
+    QVERIFY(!fetch(transport, get(QUrl(scheme + u"127.0.0.1:%1/"_s.arg(server.port()))))); // By way of the proxy.
+    QCOMPARE(server.connectionCount, 0);
+    transport.redirectHost(QString::fromLatin1(host), u"127.0.0.1"_s, server.port(), authority.caFile());
+    QCOMPARE(told(fetch(transport, get(QUrl(scheme + QString::fromLatin1(host))))), u"200 {}"_s);
 }
 
 void CurlTransportTest::theProcessHasOneSessionThatOutlivesItsRequests()

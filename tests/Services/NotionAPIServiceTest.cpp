@@ -107,6 +107,8 @@ private slots:
     void aRequestHasSixtySeconds();
     void identifiersGoIntoThePathAsTheyAre_data();
     void identifiersGoIntoThePathAsTheyAre();
+    void onlyWhatIsNotAsciiIsEscapedInAnIdentifier();
+    void anEmptyKeyIsToldBeforeAnIdentifierThatMakesNoUrl();
     void anIdentifierThatMakesNoUrlIsAnInvalidResponseWithoutTraffic();
     void aQueryGivesTheObjectsUnderResults_data();
     void aQueryGivesTheObjectsUnderResults();
@@ -265,6 +267,10 @@ void NotionAPIServiceTest::identifiersGoIntoThePathAsTheyAre_data()
     QTest::newRow("no dashes are added, and letters keep their case") << u"12345678123442348234123456789ABC"_s;
     QTest::newRow("a slash passes through") << u"a/../b"_s;
     QTest::newRow("an escape is not escaped again") << u"a%20b"_s;
+    QTest::newRow("an escape that none needs stays") << u"%41%2D%7e"_s;
+    QTest::newRow("an escape in small letters stays") << u"a%2fb%c3%a9"_s;
+    QTest::newRow("a question mark begins a query") << u"a?b=%41"_s;
+    QTest::newRow("a hash sign begins a fragment") << u"a#b"_s;
     QTest::newRow("an empty identifier") << QString();
 }
 
@@ -274,7 +280,27 @@ void NotionAPIServiceTest::identifiersGoIntoThePathAsTheyAre()
     Bench bench;
     bench.transport.answer(200);
     await(bench.api.getPage(id));
-    QCOMPARE(bench.transport.requests.first().url.toEncoded(), "https://api.notion.com/v1/pages/" + id.toUtf8());
+    QCOMPARE(bench.transport.requests.first().exactUrl, "https://api.notion.com/v1/pages/" + id.toUtf8());
+}
+
+void NotionAPIServiceTest::onlyWhatIsNotAsciiIsEscapedInAnIdentifier()
+{
+    Bench bench;
+    bench.transport.answer(200);
+    await(bench.api.getPage(u"Größe%41日"_s));
+    const auto &request = bench.transport.requests.first();
+    QCOMPARE(request.exactUrl, "https://api.notion.com/v1/pages/Gr%C3%B6%C3%9Fe%41%E6%97%A5"_ba);
+    QCOMPARE(request.url.host(), u"api.notion.com"_s);
+}
+
+void NotionAPIServiceTest::anEmptyKeyIsToldBeforeAnIdentifierThatMakesNoUrl()
+{
+    Bench bench;
+    bench.settings.settings.setApiKey({});
+    const auto answer = await(bench.api.getPage(u"not an identifier"_s));
+    QVERIFY(answer.error() == APIError(APIError::NoAPIKey{}));
+    QVERIFY(bench.transport.requests.isEmpty());
+    QVERIFY(bench.log.lines.isEmpty());
 }
 
 void NotionAPIServiceTest::anIdentifierThatMakesNoUrlIsAnInvalidResponseWithoutTraffic()

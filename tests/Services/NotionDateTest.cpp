@@ -71,6 +71,10 @@ void NotionDateTest::readsADayInTheLocalZone_data()
     row("the first hour where there is no midnight", "America/Sao_Paulo", "2018-11-04", "2018-11-04T03:00:00.000Z");
     row("the first of two midnights", "America/Havana", "2024-11-03", "2024-11-03T04:00:00.000Z");
     row("a leap day", "Europe/Berlin", "2024-02-29", "2024-02-28T23:00:00.000Z");
+    row("the first day there is", "UTC", "0001-01-01", "0001-01-01T00:00:00.000Z");
+    row("the last day there is", "UTC", "9999-12-31", "9999-12-31T00:00:00.000Z");
+    row("the first day there is in New York, by the sun", "America/New_York", "0001-01-01", "0001-01-01T04:56:02.000Z");
+    row("the last day there is in New York", "America/New_York", "9999-12-31", "9999-12-31T05:00:00.000Z");
 }
 
 void NotionDateTest::readsADayInTheLocalZone()

@@ -47,8 +47,11 @@ class NotionOverNetworkTest : public QObject {
 private slots:
     void anOperationReachesTheServerAsNotionWantsIt();
     void aRowInAnotherScriptComesAndGoesIntact();
+    void anIdentifierGoesOverTheNetworkAsItIs_data();
+    void anIdentifierGoesOverTheNetworkAsItIs();
     void anAnswerThatIsLostIsAskedForThreeTimesInAll_data();
     void anAnswerThatIsLostIsAskedForThreeTimesInAll();
+    void aKeptConnectionThatEndsWithoutAnAnswerCountsAsOneSend();
     void aPageIsCreatedOnceWhenTheServerIsWell();
     void anAnswerThatComesAtTheSecondSendIsTheResult();
     void aLimitIsWaitedForAsTheServerSays();
@@ -86,6 +89,30 @@ void NotionOverNetworkTest::aRowInAnotherScriptComesAndGoesIntact()
     QCOMPARE(page->value("properties"_L1).toObject(), properties);
 }
 
+void NotionOverNetworkTest::anIdentifierGoesOverTheNetworkAsItIs_data()
+{
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<QByteArray>("target");
+    QTest::newRow("letters, digits and dashes") << u"1D6B-1040"_s << "/v1/databases/1D6B-1040/query"_ba;
+    QTest::newRow("escapes that none needs") << u"%41%2D%7E"_s << "/v1/databases/%41%2D%7E/query"_ba;
+    QTest::newRow("escapes in small letters") << u"a%2fb%c3%a9"_s << "/v1/databases/a%2fb%c3%a9/query"_ba;
+    QTest::newRow("dots and slashes") << u"a/./../b//c"_s << "/v1/databases/a/./../b//c/query"_ba;
+    QTest::newRow("a question mark begins a query") << u"a?b=%41"_s << "/v1/databases/a?b=%41/query"_ba;
+    QTest::newRow("what a hash sign begins stays here") << u"a#b"_s << "/v1/databases/a"_ba;
+    QTest::newRow("what is not ASCII is escaped") << u"Größe"_s << "/v1/databases/Gr%C3%B6%C3%9Fe/query"_ba;
+    QTest::newRow("an empty identifier") << QString() << "/v1/databases//query"_ba;
+}
+
+void NotionOverNetworkTest::anIdentifierGoesOverTheNetworkAsItIs()
+{
+    QFETCH(QString, id);
+    QFETCH(QByteArray, target);
+    Bench bench;
+    bench.server.reply(RawHttpServer::response(200));
+    QVERIFY(await(bench.api.queryDatabase(id)));
+    QCOMPARE(bench.server.requests.first().line(), "POST " + target + " HTTP/1.1");
+}
+
 void NotionOverNetworkTest::anAnswerThatIsLostIsAskedForThreeTimesInAll_data()
 {
     QTest::addColumn<QByteArray>("bytes");
@@ -111,6 +138,17 @@ void NotionOverNetworkTest::anAnswerThatIsLostIsAskedForThreeTimesInAll()
              (QStringList{u"API network error on /pages, attempt 1/3: "_s + words,
                           u"API network error on /pages, attempt 2/3: "_s + words,
                           u"API network error on /pages, attempt 3/3: "_s + words}));
+}
+
+void NotionOverNetworkTest::aKeptConnectionThatEndsWithoutAnAnswerCountsAsOneSend()
+{
+    Bench bench;
+    bench.server.reply(RawHttpServer::response(200));
+    bench.server.reply(""_ba, After::close);
+    QVERIFY(await(bench.api.getMe()));
+    QVERIFY(!await(bench.api.createPage({}, {})));
+    QCOMPARE(bench.server.requests.size(), 1 + 3);
+    QCOMPARE(bench.errors().size(), 3);
 }
 
 void NotionOverNetworkTest::aPageIsCreatedOnceWhenTheServerIsWell()

@@ -70,6 +70,13 @@ struct Contents {
     JsonMembers members = {};
 };
 
+/// There is a key in it, and it may come from a backup that did not keep its mode. What belongs to somebody else stays.
+void closeToOthers(int descriptor, mode_t mode)
+{
+    if ((mode & (S_IRWXG | S_IRWXO)) != 0)
+        ::fchmod(descriptor, mode & (S_IRUSR | S_IWUSR));
+}
+
 Contents contentsOf(const QString &path)
 {
     using enum Contents::State;
@@ -83,7 +90,10 @@ Contents contentsOf(const QString &path)
         return {unreadable};
     }
     struct stat status = {};
-    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size > maximumSize)
+    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))
+        return {unreadable};
+    closeToOthers(descriptor, status.st_mode);
+    if (status.st_size > maximumSize)
         return {unreadable};
     const QByteArray json = file.readAll();
     if (file.error() != QFile::NoError || json.size() != status.st_size)
@@ -217,19 +227,29 @@ std::optional<QByteArray> JsonUserDefaults::data(const QString &key) const
     return bytes ? std::optional(bytes.decoded) : std::nullopt;
 }
 
+void JsonUserDefaults::registerDefaults(const QList<std::pair<QString, Value>> &values)
+{
+    for (const auto &[key, value] : values) {
+        if (const auto json = jsonOf(value))
+            m_defaults.insert(key, {*json, m_view.text(key)});
+    }
+}
+
 void JsonUserDefaults::set(const QList<std::pair<QString, Value>> &values)
 {
     for (const auto &[key, value] : values) {
         const auto json = jsonOf(value);
         if (!json)
             continue;
-        // As long as the file could not be read, a first value may be no more than a default that stands in for the
-        // stored one: it gives way to that when the file can be read again.
-        const bool isChange = m_view.contains(key) ? m_view.value(key) != *json : m_wasRead;
-        if (isChange)
+        const Default former = m_defaults.take(key);
+        if (m_view.value(key) == *json)
+            continue;
+        // Nobody chose a default: it takes the place of what it stands in for, and of nothing else.
+        if (former.value == *json)
+            m_replaced.insert(key, former.found);
+        else
             m_changed.insert(key);
-        if (isChange || !m_view.contains(key))
-            m_view.set(key, jsonText(*json));
+        m_view.set(key, jsonText(*json));
     }
     m_isStored = store();
 }
@@ -247,7 +267,6 @@ void JsonUserDefaults::load()
                 setAside(path);
         }
     }
-    m_wasRead = contents.state != Contents::State::unreadable;
     m_view = std::move(contents.members);
 }
 
@@ -265,12 +284,12 @@ bool JsonUserDefaults::store()
         return false;
     if (contents.state == Contents::State::corrupt && !setAside(path))
         return false;
-    m_wasRead = true;
 
     // What the file lacks comes back: somebody may have removed or broken it while this process ran.
     JsonMembers merged = contents.members;
     for (const QString &key : m_view.keys()) {
-        if (m_changed.contains(key) || !merged.contains(key))
+        const bool isToBeReplaced = m_replaced.contains(key) && m_replaced.value(key) == merged.text(key);
+        if (m_changed.contains(key) || isToBeReplaced || !merged.contains(key))
             merged.set(key, m_view.text(key));
     }
     const bool isNew = contents.state != Contents::State::readable || merged != contents.members;
@@ -278,6 +297,7 @@ bool JsonUserDefaults::store()
         return false;
 
     m_changed.clear();
+    m_replaced.clear();
     for (const QString &key : merged.keys()) {
         if (!m_view.contains(key))
             m_view.set(key, merged.text(key));
