@@ -5,6 +5,8 @@
 #include "sandbox/Sort.h"
 #include "sandbox/Workspace.h"
 
+#include <cmath>
+
 using namespace Qt::StringLiterals;
 
 namespace korvo::sandbox {
@@ -28,6 +30,8 @@ qsizetype pageSize(const QJsonObject &body)
         return largestPage;
     if (!size.isDouble())
         throw bodyError(u"body.page_size should be a number or `undefined`"_s, size);
+    if (size.toDouble() != std::floor(size.toDouble()))
+        throw bodyError(u"body.page_size should be an integer or `undefined`"_s, size);
     if (size.toDouble() > largestPage)
         throw bodyError(u"body.page_size should be ≤ `100` or `undefined`"_s, size);
     if (size.toDouble() < 1)

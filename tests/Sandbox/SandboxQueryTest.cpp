@@ -397,6 +397,12 @@ void SandboxQueryTest::aPageIsRefused_data()
     QTest::newRow("a size above 100")
         << "{'page_size':101}"_ba
         << u"body failed validation: body.page_size should be ≤ `100` or `undefined`, instead was `101`."_s;
+    QTest::newRow("a size of no rows")
+        << "{'page_size':0}"_ba
+        << u"body failed validation: body.page_size should be ≥ `1` or `undefined`, instead was `0`."_s;
+    QTest::newRow("a size that is no whole number")
+        << "{'page_size':1.5}"_ba
+        << u"body failed validation: body.page_size should be an integer or `undefined`, instead was `1.5`."_s;
     QTest::newRow("a wrong cursor") << "{'start_cursor':'x'}"_ba << u"The start_cursor provided is invalid: x"_s;
     QTest::newRow("an unknown member")
         << "{'filter_properties':[]}"_ba
