@@ -1,4 +1,5 @@
 #include "Fakes/FakeClock.h"
+#include "Fakes/FakeNotificationCenter.h"
 #include "Fakes/FakeSystemLog.h"
 #include "Fakes/TestAuthority.h"
 #include "Fakes/TestSettings.h"
@@ -37,6 +38,7 @@ private:
     struct World {
         FakeSystemLog log;
         FakeClock clock;
+        FakeNotificationCenter notifications;
         sandbox::SandboxServer server;
         TestAuthority otherAuthority;
         CurlTransport transport;
@@ -93,7 +95,8 @@ void BadAnswersTest::init()
     settings.setTimeTrackerDBId(workspace.timeTrackerId());
     settings.setTasksDBId(workspace.tasksId());
     settings.setFieldMapping(*mapping);
-    m_world->viewModel = std::make_unique<TimerViewModel>(m_world->transport, settings, m_world->clock);
+    m_world->viewModel
+        = std::make_unique<TimerViewModel>(m_world->notifications, m_world->transport, settings, m_world->clock);
 }
 
 void BadAnswersTest::cleanup()
