@@ -1,6 +1,7 @@
 #include "DemoCommands.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <unistd.h>
 
@@ -21,6 +22,8 @@ void DemoCommands::readLines()
 {
     std::array<char, 4096> bytes{};
     const auto count = ::read(STDIN_FILENO, bytes.data(), bytes.size());
+    if (count < 0 && (errno == EINTR || errno == EAGAIN))
+        return; // It asks again.
     if (count <= 0) {
         m_input.setEnabled(false); // Nobody is there any more: the demonstration goes on by itself.
         return;
