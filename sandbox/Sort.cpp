@@ -34,9 +34,27 @@ SortKey numberKey(double number)
     return {.isEmpty = false, .number = number, .text = {}};
 }
 
+/// Texts sort without case and with the numbers in them by value: "Article 4" comes before "Article 10".
 SortKey textKey(const QString &text)
 {
-    return {.isEmpty = text.isEmpty(), .number = 0, .text = text.toCaseFolded()};
+    constexpr qsizetype digitsWidth = 20;
+    QString key;
+    QString digits;
+    const auto flush = [&] {
+        if (!digits.isEmpty())
+            key += digits.rightJustified(digitsWidth, u'0');
+        digits.clear();
+    };
+    for (const QChar character : text.toCaseFolded()) {
+        if (character >= u'0' && character <= u'9') {
+            digits += character;
+            continue;
+        }
+        flush();
+        key += character;
+    }
+    flush();
+    return {.isEmpty = text.isEmpty(), .number = 0, .text = key};
 }
 
 SortKey dateKey(const QString &text)

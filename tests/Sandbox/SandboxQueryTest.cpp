@@ -1,5 +1,6 @@
 #include "Sandbox/JsonLiteral.h"
 #include "Sandbox/SandboxClient.h"
+#include "sandbox/RichText.h"
 #include "sandbox/Workspace.h"
 
 #include <QTest>
@@ -25,6 +26,7 @@ private slots:
     void rowsComeNewestFirstWithoutSorts();
     void sortsHavePrecedence_data();
     void sortsHavePrecedence();
+    void numbersInTextsSortByTheirValue();
     void aSortIsRefused_data();
     void aSortIsRefused();
     void pagesFollowOneAnotherByCursor();
@@ -339,6 +341,16 @@ void SandboxQueryTest::sortsHavePrecedence()
     QFETCH(QByteArray, sorts);
     QFETCH(QStringList, first);
     QCOMPARE(names(databaseId(database), json(sorts.constData())).mid(0, first.size()), first);
+}
+
+void SandboxQueryTest::numbersInTextsSortByTheirValue()
+{
+    const QString id = m_server->workspace().clientsId();
+    for (const QString &name : {u"article 10"_s, u"Article 4"_s, u"Article 13b"_s, u"Article"_s})
+        m_server->workspace().createPage(id, {{u"Name"_s, QJsonObject{{u"title"_s, richText(name)}}}});
+    const QJsonObject body = json("{'filter':{'property':'Name','title':{'starts_with':'article'}},"
+                                  "'sorts':[{'property':'Name','direction':'ascending'}]}");
+    QCOMPARE(names(id, body), QStringList({u"Article"_s, u"Article 4"_s, u"article 10"_s, u"Article 13b"_s}));
 }
 
 void SandboxQueryTest::aSortIsRefused_data()
