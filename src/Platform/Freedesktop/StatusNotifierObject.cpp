@@ -148,7 +148,7 @@ StatusPixmap toStatusPixmap(const QImage &picture)
 {
     const QImage plain = picture.convertToFormat(QImage::Format_ARGB32);
     StatusPixmap pixmap{plain.width(), plain.height(), {}};
-    pixmap.bytes.reserve(plain.width() * plain.height() * 4);
+    pixmap.bytes.reserve(qsizetype(plain.width()) * plain.height() * 4);
     for (int y = 0; y < plain.height(); ++y) {
         for (int x = 0; x < plain.width(); ++x) {
             const QRgb pixel = plain.pixel(x, y);
