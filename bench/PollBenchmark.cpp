@@ -11,6 +11,7 @@
 #include "Services/CurlTransport.h"
 #include "Services/NotionAPIService.h"
 #include "Services/NotionPropertyMapper.h"
+#include "Utilities/Completion.h"
 #include "Utilities/Spawn.h"
 #include "ViewModels/TimerViewModel.h"
 
