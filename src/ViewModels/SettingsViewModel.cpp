@@ -3,6 +3,7 @@
 #include "Utilities/Spawn.h"
 
 #include <algorithm>
+#include <exception>
 
 namespace korvo {
 
@@ -35,6 +36,15 @@ QStringList optionsOf(const QString &name, const Schema &schema)
     return property ? property->selectOptions : QStringList();
 }
 
+/// Chooses for the user where there is one candidate and nothing has been chosen.
+void fillRole(AppSettings &settings, QString FieldMapping::*role, const QList<NotionProperty> &candidates)
+{
+    if (candidates.size() != 1 || !(settings.fieldMapping().*role).isEmpty())
+        return;
+    const auto name = candidates.first().name;
+    settings.changeFieldMapping([role, name](FieldMapping &mapping) { mapping.*role = name; });
+}
+
 } // namespace
 
 SettingsViewModel::SettingsViewModel(HttpTransport &transport, AppSettings &settings, Clock &clock, QObject *parent) :
@@ -62,14 +72,22 @@ QCoro::Task<> SettingsViewModel::runConnectionTest(QPointer<SettingsViewModel> s
     self->m_connectionSuccess = std::nullopt;
     self->m_connectionError = std::nullopt;
 
-    NotionAPIService api(self->m_transport, self->m_settings, self->m_clock);
-    const auto me = co_await api.getMe(self->m_stop.get_token());
-    if (!self)
-        co_return;
-    self->m_connectionSuccess = bool(me);
-    if (!me)
-        self->m_connectionError = me.error().errorDescription();
-    self->m_isTestingConnection = false;
+    Text failure;
+    try {
+        NotionAPIService api(self->m_transport, self->m_settings, self->m_clock);
+        const auto me = co_await api.getMe(self->m_stop.get_token());
+        if (!me)
+            failure = me.error().errorDescription();
+    } catch (const std::exception &exception) {
+        failure = QString::fromUtf8(exception.what());
+    }
+    // Who is told of a change may end the view model, so each is followed by another look.
+    if (self)
+        self->m_connectionSuccess = !failure;
+    if (self && failure)
+        self->m_connectionError = failure;
+    if (self)
+        self->m_isTestingConnection = false;
 }
 
 void SettingsViewModel::loadTimeTrackerSchema()
@@ -106,39 +124,44 @@ QCoro::Task<> SettingsViewModel::load(QPointer<SettingsViewModel> self, LoadedSc
     loaded.isLoading = true;
     loaded.error = std::nullopt;
 
-    const auto schema = co_await self->m_schemaService.loadSchema(databaseId, self->m_stop.get_token());
-    if (!self)
-        co_return; // And `loaded` went with it.
-    if (schema) {
-        loaded.schema = *schema;
-        if (autoMap)
+    Text failure;
+    try {
+        const auto schema = co_await self->m_schemaService.loadSchema(databaseId, self->m_stop.get_token());
+        if (!self)
+            co_return; // And `loaded` went with it, as it may at each change that others are told of.
+        if (schema)
+            loaded.schema = *schema;
+        else
+            failure = schema.error().errorDescription();
+        if (self && schema && autoMap)
             (self.data()->*autoMap)();
-    } else {
-        loaded.error = schema.error().errorDescription();
+    } catch (const std::exception &exception) {
+        failure = QString::fromUtf8(exception.what());
     }
-    loaded.isLoading = false;
+    if (self && failure)
+        loaded.error = failure;
+    if (self)
+        loaded.isLoading = false;
 }
 
 void SettingsViewModel::autoMapTimeTrackerFields()
 {
-    fillRole(&FieldMapping::ttTaskRelation, ttRelationProperties());
-    fillRole(&FieldMapping::ttStatus, ttSelectProperties());
+    auto &settings = m_settings; // Outlives this object, which may end as others are told of a filled role.
+    const auto relations = ttRelationProperties();
+    const auto selects = ttSelectProperties();
+    fillRole(settings, &FieldMapping::ttTaskRelation, relations);
+    fillRole(settings, &FieldMapping::ttStatus, selects);
 }
 
 void SettingsViewModel::autoMapTaskFields()
 {
-    fillRole(&FieldMapping::taskName, taskTitleProperties());
-    fillRole(&FieldMapping::taskDate, taskDateProperties());
-    fillRole(&FieldMapping::taskTimerStatus, taskSelectProperties());
-}
-
-/// Chooses for the user where there is one candidate and nothing has been chosen.
-void SettingsViewModel::fillRole(QString FieldMapping::*role, const QList<NotionProperty> &candidates)
-{
-    if (candidates.size() != 1 || !(m_settings.fieldMapping().*role).isEmpty())
-        return;
-    const auto name = candidates.first().name;
-    m_settings.changeFieldMapping([role, name](FieldMapping &mapping) { mapping.*role = name; });
+    auto &settings = m_settings; // As above.
+    const auto titles = taskTitleProperties();
+    const auto dates = taskDateProperties();
+    const auto selects = taskSelectProperties();
+    fillRole(settings, &FieldMapping::taskName, titles);
+    fillRole(settings, &FieldMapping::taskDate, dates);
+    fillRole(settings, &FieldMapping::taskTimerStatus, selects);
 }
 
 QList<NotionProperty> SettingsViewModel::ttDateProperties() const

@@ -125,7 +125,6 @@ private:
                               QString databaseId, Step autoMap);
     void autoMapTimeTrackerFields();
     void autoMapTaskFields();
-    void fillRole(QString FieldMapping::*role, const QList<NotionProperty> &candidates);
 
     HttpTransport &m_transport;
     AppSettings &m_settings;

@@ -10,6 +10,8 @@
 #include <QUuid>
 
 #include <algorithm>
+#include <exception>
+#include <utility>
 
 namespace korvo {
 
@@ -42,6 +44,18 @@ private:
     QPointer<TimerViewModel> m_viewModel;
     void (TimerViewModel::*m_setLoading)(bool);
 };
+
+/// Gives the words of a failed step, also of one that ended by an exception.
+QCoro::Task<Failure> failureOf(QCoro::Task<Failure> step)
+{
+    Failure failure;
+    try {
+        failure = co_await step;
+    } catch (const std::exception &exception) {
+        failure = QString::fromUtf8(exception.what());
+    }
+    co_return failure;
+}
 
 /// Updates a page; a write of nothing is no write.
 QCoro::Task<Failure> write(std::shared_ptr<NotionAPIService> api, QString pageId, QJsonObject properties,
@@ -114,7 +128,8 @@ QCoro::Task<> TimerViewModel::runStart(NotionTask task)
 {
     const QPointer self(this);
     const LoadingGuard guard(self, &TimerViewModel::setLoading);
-    const auto failure = co_await writeStart(task);
+    auto writing = writeStart(task);
+    const auto failure = co_await failureOf(std::move(writing));
     if (!self)
         co_return;
     if (failure)
@@ -150,7 +165,8 @@ QCoro::Task<> TimerViewModel::runStop(TimerEntry entry)
     const auto api = m_api;
     const auto stop = m_actionStop.get_token();
 
-    const auto failure = co_await closeEntry(api, entry, m_settings.fieldMapping(), m_clock.now(), stop);
+    auto writing = closeEntry(api, entry, m_settings.fieldMapping(), m_clock.now(), stop);
+    const auto failure = co_await failureOf(std::move(writing));
     if (!self)
         co_return;
     if (failure) {
@@ -167,7 +183,8 @@ QCoro::Task<> TimerViewModel::runQuickAdd(QString name)
 {
     const QPointer self(this);
     const LoadingGuard guard(self, &TimerViewModel::setLoading);
-    const auto failure = co_await writeQuickAdd(name);
+    auto writing = writeQuickAdd(name);
+    const auto failure = co_await failureOf(std::move(writing));
     if (!self)
         co_return;
     if (failure) {

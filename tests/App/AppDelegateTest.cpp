@@ -85,6 +85,7 @@ private slots:
     void theReminderComesOnceAlsoWithANotchActive_data();
     void theReminderComesOnceAlsoWithANotchActive();
     void aTimerOfAnotherDeviceThatIsOverTheLimitIsRemindedOfAtTheFirstTick();
+    void aTimerExactlyAsOldAsTheLimitIsRemindedOfAtTheFirstTick();
     void aStoppedEntryIsNotRemindedOf();
     void toolTipNamesTheTaskAndChangesWithTheMinute();
     void aPageOfAGatewayIsCutToALineInTheToolTip();
@@ -411,6 +412,16 @@ void AppDelegateTest::aTimerOfAnotherDeviceThatIsOverTheLimitIsRemindedOfAtTheFi
                                       {u"Status"_s, pages::select(u"Running"_s)}})});
     m_world->platform.fakeClock.advance(60);
     QTRY_COMPARE(m_world->platform.fakeNotifications.shown.size(), 1);
+}
+
+void AppDelegateTest::aTimerExactlyAsOldAsTheLimitIsRemindedOfAtTheFirstTick()
+{
+    m_world->settings.settings.setReminderEnabled(true);
+    m_world->settings.settings.setReminderHours(8);
+    launchWithTimer(8 * 3600); // The clock stands still, so it gets no older.
+    QTRY_COMPARE(m_world->platform.fakeNotifications.shown.size(), 1);
+    QCOMPARE(m_world->platform.fakeNotifications.shown.first().body,
+             u"Your timer has been running for over 8 hours."_s);
 }
 
 void AppDelegateTest::aStoppedEntryIsNotRemindedOf()

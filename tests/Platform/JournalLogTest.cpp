@@ -97,6 +97,7 @@ private slots:
     void aJournalThatStartsAgainIsFound();
     void withoutAJournalMessagesGoToSyslog_data();
     void withoutAJournalMessagesGoToSyslog();
+    void aZeroByteReachesSyslogAsItsPicture();
     void aJournalThatNoOneListensToIsNone();
     void aPathThatIsTooLongIsNoJournal();
     void aFileInPlaceOfTheSocketIsNoJournal();
@@ -221,6 +222,13 @@ void JournalLogTest::withoutAJournalMessagesGoToSyslog()
     QCOMPARE(syslogged.size(), 1);
     QCOMPARE(syslogged.first().first, priority);
     QCOMPARE(syslogged.first().second, "100 %s\nb"_ba);
+}
+
+void JournalLogTest::aZeroByteReachesSyslogAsItsPicture()
+{
+    JournalLog(m_path, fakeSyslog).write(SystemLog::Level::info, QByteArray("a\0b\0", 4));
+    QCOMPARE(syslogged.size(), 1);
+    QCOMPARE(syslogged.first().second, u"a\u2400b\u2400"_s.toUtf8());
 }
 
 void JournalLogTest::aJournalThatNoOneListensToIsNone()

@@ -76,6 +76,7 @@ private slots:
     void aConnectionTestWithoutAKeyFailsWithoutARequest();
     void aFailedConnectionTestTellsWhy_data();
     void aFailedConnectionTestTellsWhy();
+    void anExceptionInAConnectionTestIsAFailure();
     void aNewConnectionTestForgetsTheLastResult();
     void aChangedKeyIsInForceAtTheNextConnectionTest();
     void ofTwoConnectionTestsTheFlagFallsAtTheFirstEnd();
@@ -88,6 +89,8 @@ private slots:
     void aLoadRaisesItsFlagAloneAndKeepsTheSchema();
     void aFailedLoadTellsWhy_data();
     void aFailedLoadTellsWhy();
+    void anExceptionInALoadIsAFailure_data();
+    void anExceptionInALoadIsAFailure();
     void aFailedReloadKeepsTheOldSchemaNextToTheNewError_data();
     void aFailedReloadKeepsTheOldSchemaNextToTheNewError();
     void aReloadClearsTheErrorAtItsStart_data();
@@ -125,6 +128,7 @@ private slots:
     void aCreatedTimeIsNoCandidateForTaskDate();
     void theOtherRolesAreNeverFilled();
     void eachFilledRoleIsSavedAndNothingElseIs();
+    void aViewModelThatGoesAsARoleIsFilledLeavesTheRolesFilled();
     void aFailedLoadMapsNothing();
 
     // What the pickers offer
@@ -301,6 +305,16 @@ void SettingsViewModelTest::aFailedConnectionTestTellsWhy()
     QVERIFY(!viewModel().isTestingConnection());
 }
 
+void SettingsViewModelTest::anExceptionInAConnectionTestIsAFailure()
+{
+    notion().throwsNext = true;
+    viewModel().testConnection();
+    settle();
+    QVERIFY(!viewModel().isTestingConnection());
+    QCOMPARE(viewModel().connectionSuccess(), std::optional(false));
+    QCOMPARE(viewModel().connectionError(), std::optional(u"no memory for it"_s));
+}
+
 void SettingsViewModelTest::aNewConnectionTestForgetsTheLastResult()
 {
     fail(meCall, u"401"_s);
@@ -439,6 +453,22 @@ void SettingsViewModelTest::aFailedLoadTellsWhy()
     QVERIFY(!viewModel().isLoadingTasksSchema());
     QVERIFY(!viewModel().isLoadingProjectsSchema());
     QVERIFY(!viewModel().connectionError());
+}
+
+void SettingsViewModelTest::anExceptionInALoadIsAFailure_data()
+{
+    addDatabases(false);
+}
+
+void SettingsViewModelTest::anExceptionInALoadIsAFailure()
+{
+    QFETCH(Database, database);
+    notion().throwsNext = true;
+    (viewModel().*database.load)();
+    settle();
+    QVERIFY(!(viewModel().*database.isLoading)());
+    QVERIFY(!(viewModel().*database.schema)());
+    QCOMPARE((viewModel().*database.error)(), std::optional(u"no memory for it"_s));
 }
 
 void SettingsViewModelTest::aFailedReloadKeepsTheOldSchemaNextToTheNewError_data()
@@ -808,6 +838,17 @@ void SettingsViewModelTest::eachFilledRoleIsSavedAndNothingElseIs()
     writes.clear();
     loadTracker({{u"Task"_s, relation(u"tasks"_s)}, {u"State"_s, choice(u"select"_s, {})}});
     QCOMPARE(writes.size(), 0);
+}
+
+void SettingsViewModelTest::aViewModelThatGoesAsARoleIsFilledLeavesTheRolesFilled()
+{
+    connect(&settings(), &AppSettings::fieldMappingChanged, this, [this] { m_world->viewModel.reset(); });
+    notion().answer(tasksCall, database({{u"Name"_s, column(u"title"_s)}, {u"Date"_s, column(u"date"_s)}}));
+    viewModel().loadTasksSchema();
+    settle();
+    QVERIFY(!m_world->viewModel);
+    QCOMPARE(settings().fieldMapping().taskName, u"Name"_s);
+    QCOMPARE(settings().fieldMapping().taskDate, u"Date"_s);
 }
 
 void SettingsViewModelTest::aFailedLoadMapsNothing()

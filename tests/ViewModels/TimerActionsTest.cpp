@@ -3,6 +3,7 @@
 #include "Fakes/FakeSystemLog.h"
 #include "Fakes/TestSettings.h"
 #include "Services/CurlTransport.h"
+#include "Services/NotionPropertyMapper.h"
 #include "Utilities/Spawn.h"
 #include "ViewModels/TimerViewModel.h"
 #include "sandbox/SandboxServer.h"
@@ -13,7 +14,9 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <algorithm>
 #include <memory>
+#include <stdexcept>
 
 using namespace Qt::StringLiterals;
 using namespace korvo;
@@ -25,6 +28,8 @@ using sandbox::Fault;
 // What the sample workspace holds: this one runs at the start, the other does not.
 const QString runningTask = u"Home page layout"_s;
 const QString otherTask = u"Answer the printer"_s;
+const QString newTask = u"Call the framer"_s; // One that is not there yet.
+const QString createdLine = u"INFO Quick add: created task 'Call the framer' and started timer"_s;
 
 QString selectName(const QJsonObject &page, const QString &property)
 {
@@ -35,6 +40,81 @@ QString dateStart(const QJsonObject &page, const QString &property)
 {
     return page[u"properties"_s][property][u"date"_s][u"start"_s].toString();
 }
+
+enum class Action { start, stop, quickAdd };
+constexpr Action allActions[] = {Action::start, Action::stop, Action::quickAdd};
+
+const char *nameOf(Action action)
+{
+    switch (action) {
+    case Action::start:
+        return "start";
+    case Action::stop:
+        return "stop";
+    case Action::quickAdd:
+        return "quick add";
+    }
+    return "";
+}
+
+/// The writes of an action that begins while a timer runs.
+QStringList writesOf(Action action)
+{
+    QStringList writes{u"PATCH entry"_s, u"PATCH task"_s};
+    if (action == Action::start)
+        writes += {u"POST entry"_s, u"PATCH task"_s};
+    else if (action == Action::quickAdd)
+        writes += {u"POST task"_s, u"POST entry"_s};
+    return writes;
+}
+
+QString failureWords(Action action, const QString &description)
+{
+    const auto what = action == Action::start ? u"start timer"_s
+        : action == Action::stop              ? u"stop timer"_s
+                                              : u"create task"_s;
+    return u"Failed to "_s + what + u": "_s + description;
+}
+
+QString serverError(const Fault &fault)
+{
+    return u"Server error %1: "_s.arg(fault.reply.status) + QString::fromUtf8(fault.reply.body);
+}
+
+QJsonObject dateProperty(const QDateTime &date)
+{
+    return NotionPropertyMapper::buildDateProperty(date);
+}
+
+void addActionColumn()
+{
+    QTest::addColumn<Action>("action");
+}
+
+void addActionRows()
+{
+    addActionColumn();
+    for (const auto action : allActions)
+        QTest::newRow(nameOf(action)) << action;
+}
+
+/// The way to the network, which throws at one request.
+class ThrowingTransport final : public HttpTransport {
+public:
+    explicit ThrowingTransport(HttpTransport &next) : m_next(next) { }
+
+    QCoro::Task<Result<HttpResponse, HttpError>> send(HttpRequest request, std::stop_token stop) override
+    {
+        if (requestsUntilThrow > 0 && --requestsUntilThrow == 0)
+            throw std::runtime_error("no memory for it");
+        return m_next.send(std::move(request), std::move(stop));
+    }
+
+    int requestsUntilThrow = 0; ///< Counts down; 0 for none.
+
+private:
+    HttpTransport &m_next;
+};
 
 } // namespace
 
@@ -52,7 +132,6 @@ private slots:
     void startingTheTaskThatRunsMakesASecondEntryAndClosesTheFirst();
     void withoutATaskStatusAStartIsOneCreateAndAStopOneUpdate();
     void twoQuickPressesMakeOneEntry();
-    void theStateIsBusyUntilTheNewTimerIsOnDisplay();
     void aFailedStepOfAStartLeavesWhatWasWritten_data();
     void aFailedStepOfAStartLeavesWhatWasWritten();
 
@@ -62,6 +141,8 @@ private slots:
     void anEntryWithoutATaskStopsWithoutASecondWrite();
     void stoppingWithoutATimerDoesNothing();
     void surfacesShowNoTimerBeforeTheClosingPollHasReturned();
+    void aStopLetsTheReminderComeAgainWithoutItsClosingPoll_data();
+    void aStopLetsTheReminderComeAgainWithoutItsClosingPoll();
     void aFailedStopKeepsTheTimerUntilALaterPoll_data();
     void aFailedStopKeepsTheTimerUntilALaterPoll();
 
@@ -72,19 +153,43 @@ private slots:
     void taskDateAndEntryStartAreTheSameInstant();
     void aNameGoesInUnchanged_data();
     void aNameGoesInUnchanged();
-    void aNameDuringARunningActionIsDropped();
     void aNameThatIsTooLongIsRefusedInTheApisWords();
     void aFailedStepOfAQuickAddLeavesWhatWasWritten_data();
     void aFailedStepOfAQuickAddLeavesWhatWasWritten();
+    void aCreatedPageWithoutAnIdIsAnInvalidResponse_data();
     void aCreatedPageWithoutAnIdIsAnInvalidResponse();
 
+    // All of them
+    void theStateIsBusyUntilTheNewStateIsOnDisplay_data();
+    void theStateIsBusyUntilTheNewStateIsOnDisplay();
+    void anActionDuringAnotherIsDropped_data();
+    void anActionDuringAnotherIsDropped();
+    void theMappingAndTheTimeAreReadAnewForTheOpening_data();
+    void theMappingAndTheTimeAreReadAnewForTheOpening();
+    void withoutAStatusNameTheTasksStatusIsNotWritten_data();
+    void withoutAStatusNameTheTasksStatusIsNotWritten();
+    void onlyAStopClosesAnEntryThatDoesNotRun_data();
+    void onlyAStopClosesAnEntryThatDoesNotRun();
+    void aFailureOfTheClosingPollIsNoneOfTheAction_data();
+    void aFailureOfTheClosingPollIsNoneOfTheAction();
+    void aFailureIsToldInItsOwnWords_data();
+    void aFailureIsToldInItsOwnWords();
+    void anExceptionIsAFailureAsAnyOther_data();
+    void anExceptionIsAFailureAsAnyOther();
+    void aFailedActionLeavesTheNetworkErrorAsItWas_data();
+    void aFailedActionLeavesTheNetworkErrorAsItWas();
+    void theLastErrorStaysUntilTheClosingPollHasSucceeded_data();
+    void theLastErrorStaysUntilTheClosingPollHasSucceeded();
+
     void aLostAnswerToACreateMakesThePageTwice();
+    void anActionOutlivesNoViewModel_data();
     void anActionOutlivesNoViewModel();
 
 private:
     struct World {
         sandbox::SandboxServer server;
         CurlTransport transport;
+        ThrowingTransport throwingTransport{transport};
         FakeClock clock{QDateTime::currentDateTime()};
         TestSettings settings;
         FakeSystemLog log;
@@ -98,6 +203,7 @@ private:
     AppSettings &settings() { return m_world->settings.settings; }
 
     void pollOnce();
+    void perform(Action action);
     void waitForAction() { QTRY_VERIFY_WITH_TIMEOUT(!viewModel().isLoading(), 20000); }
     NotionTask task(const QString &name);
     /// The writes that the server saw since the last poll of the loop, as "PATCH entry", "POST task".
@@ -105,7 +211,14 @@ private:
     QJsonObject bodyOfWrite(int index) const;
     QJsonObject pageOf(const QString &id) { return workspace().pageById(id); }
     QString runningEntryId();
+    int queryCount() const;
+    /// What was logged but for the lines about single requests.
+    QStringList logLines() const;
     void failNth(const QByteArray &method, int nth);
+    void failTrackerQuery();
+    /// Lets a poll fail in which the timer stays on display.
+    void pollInVain();
+    void compareFailure(Action action, const QString &description);
 
     std::unique_ptr<World> m_world;
     QString m_firstEntry;
@@ -127,8 +240,8 @@ void TimerActionsTest::init()
     settings().setTasksDBId(workspace().tasksId());
     const auto mapping = QJsonDocument(sandbox::Workspace::fieldMapping()).toJson();
     settings().setFieldMapping(*FieldMapping::fromJson(mapping));
-    m_world->viewModel
-        = std::make_unique<TimerViewModel>(m_world->notifications, m_world->transport, settings(), m_world->clock);
+    m_world->viewModel = std::make_unique<TimerViewModel>(m_world->notifications, m_world->throwingTransport,
+                                                          settings(), m_world->clock);
     m_firstEntry = runningEntryId();
     pollOnce();
 }
@@ -150,6 +263,57 @@ void TimerActionsTest::pollOnce()
     m_world->log.lines.clear();
 }
 
+void TimerActionsTest::perform(Action action)
+{
+    switch (action) {
+    case Action::start:
+        viewModel().startTimer(task(otherTask));
+        break;
+    case Action::stop:
+        viewModel().stopTimer();
+        break;
+    case Action::quickAdd:
+        viewModel().quickAddTask(newTask);
+        break;
+    }
+}
+
+int TimerActionsTest::queryCount() const
+{
+    const auto requests = m_world->server.requests();
+    return int(std::count_if(requests.begin(), requests.end(),
+                             [](const auto &request) { return request.target.endsWith("/query"); }));
+}
+
+QStringList TimerActionsTest::logLines() const
+{
+    auto lines = m_world->log.lines;
+    lines.removeIf([](const QString &line) { return line.startsWith(u"ERROR API "_s); });
+    return lines;
+}
+
+void TimerActionsTest::failTrackerQuery()
+{
+    server().faults().add(
+        Fault::error(403),
+        {.method = "POST", .pathPrefix = "/v1/databases/" + workspace().timeTrackerId().toLatin1(), .times = 3});
+}
+
+void TimerActionsTest::pollInVain()
+{
+    failTrackerQuery();
+    pollOnce();
+    QVERIFY(viewModel().hasNetworkError());
+    QCOMPARE(viewModel().activeTimer()->id, m_firstEntry);
+}
+
+void TimerActionsTest::compareFailure(Action action, const QString &description)
+{
+    QCOMPARE(viewModel().errorMessage(), std::optional(failureWords(action, description)));
+    QCOMPARE(logLines(),
+             action == Action::quickAdd ? QStringList{u"ERROR Quick add failed: "_s + description} : QStringList());
+}
+
 NotionTask TimerActionsTest::task(const QString &name)
 {
     return {.id = workspace().findPage(workspace().tasksId(), name), .name = name, .date = std::nullopt};
@@ -169,8 +333,9 @@ QStringList TimerActionsTest::writes() const
             continue;
         const auto parent = request.method == "POST"
             ? request.body[u"parent"_s][u"database_id"_s].toString()
-            : m_world->server.workspace().pageById(QString::fromLatin1(request.target.mid(10)))[u"parent"_s]
-                  [u"database_id"_s].toString();
+            : m_world->server.workspace()
+                  .pageById(QString::fromLatin1(request.target.mid(10)))[u"parent"_s][u"database_id"_s]
+                  .toString();
         const bool isTask = parent == m_world->server.workspace().tasksId();
         found.append(QString::fromLatin1(request.method) + (isTask ? u" task"_s : u" entry"_s));
     }
@@ -256,21 +421,6 @@ void TimerActionsTest::twoQuickPressesMakeOneEntry()
     QVERIFY(workspace().findPage(workspace().tasksId(), u"Dropped"_s).isEmpty());
 }
 
-void TimerActionsTest::theStateIsBusyUntilTheNewTimerIsOnDisplay()
-{
-    QSignalSpy loading(&viewModel(), &TimerViewModel::isLoadingChanged);
-    QString shownAtTheEnd;
-    connect(&viewModel(), &TimerViewModel::isLoadingChanged, this, [&] {
-        if (!viewModel().isLoading())
-            shownAtTheEnd = viewModel().activeTimer()->taskName;
-    });
-    viewModel().startTimer(task(otherTask));
-    QVERIFY(viewModel().isLoading());
-    waitForAction();
-    QCOMPARE(loading.count(), 2);
-    QCOMPARE(shownAtTheEnd, otherTask);
-}
-
 void TimerActionsTest::aFailedStepOfAStartLeavesWhatWasWritten_data()
 {
     QTest::addColumn<QByteArray>("method");
@@ -351,13 +501,10 @@ void TimerActionsTest::stoppingWithoutATimerDoesNothing()
 void TimerActionsTest::surfacesShowNoTimerBeforeTheClosingPollHasReturned()
 {
     bool wasLoading = false;
-    qsizetype queries = -1;
+    int queries = -1;
     connect(&viewModel(), &TimerViewModel::activeTimerChanged, this, [&] {
         wasLoading = viewModel().isLoading();
-        queries = 0;
-        const auto requests = server().requests();
-        for (const auto &request : requests)
-            queries += request.target.endsWith("/query") ? 1 : 0;
+        queries = queryCount();
     });
     viewModel().stopTimer();
     waitForAction();
@@ -365,12 +512,42 @@ void TimerActionsTest::surfacesShowNoTimerBeforeTheClosingPollHasReturned()
     QCOMPARE(queries, 0);
 }
 
+void TimerActionsTest::aStopLetsTheReminderComeAgainWithoutItsClosingPoll_data()
+{
+    QTest::addColumn<Fault>("fault");
+    QTest::newRow("the closing poll has not returned") << Fault::of(Fault::Kind::neverAnswer);
+    QTest::newRow("the closing poll fails") << Fault::error(403);
+}
+
+void TimerActionsTest::aStopLetsTheReminderComeAgainWithoutItsClosingPoll()
+{
+    QFETCH(Fault, fault);
+    constexpr double elapsed = 100 * 3600;
+    settings().setReminderEnabled(true);
+    viewModel().checkReminder(elapsed);
+    viewModel().checkReminder(elapsed);
+    QCOMPARE(m_world->notifications.shown.size(), 1);
+    server().faults().add(fault, {.method = "POST", .pathPrefix = "/v1/databases", .times = 3});
+    viewModel().stopTimer();
+    QTRY_VERIFY(queryCount() > 0);
+    if (fault.kind == Fault::Kind::answer) {
+        waitForAction();
+        QVERIFY(viewModel().hasNetworkError());
+    } else {
+        QVERIFY(viewModel().isLoading());
+    }
+    viewModel().checkReminder(elapsed);
+    QCOMPARE(m_world->notifications.shown.size(), 2);
+}
+
 void TimerActionsTest::aFailedStopKeepsTheTimerUntilALaterPoll_data()
 {
     QTest::addColumn<int>("nth");
+    QTest::addColumn<QStringList>("written");
     QTest::addColumn<bool>("isClosed");
-    QTest::newRow("closing the entry") << 1 << false;
-    QTest::newRow("setting the task's status") << 2 << true;
+    const QString entry = u"PATCH entry"_s, status = u"PATCH task"_s;
+    QTest::newRow("closing the entry") << 1 << QStringList{entry, entry, entry} << false;
+    QTest::newRow("setting the task's status") << 2 << QStringList{entry, status, status, status} << true;
 }
 
 void TimerActionsTest::aFailedStopKeepsTheTimerUntilALaterPoll()
@@ -380,6 +557,8 @@ void TimerActionsTest::aFailedStopKeepsTheTimerUntilALaterPoll()
     failNth("PATCH", nth);
     viewModel().stopTimer();
     waitForAction();
+    QTEST(writes(), "written");
+    QCOMPARE(viewModel().activeTimer()->id, m_firstEntry);
     QVERIFY(viewModel().errorMessage()->startsWith(u"Failed to stop timer: Server error 403: "_s));
     QVERIFY(!viewModel().hasNetworkError());
     QVERIFY(m_world->log.lines.isEmpty());
@@ -398,11 +577,11 @@ void TimerActionsTest::quickAddClosesTheRunningTimerThenCreatesTaskAndEntry()
     QCOMPARE(writes(), QStringList({u"PATCH entry"_s, u"PATCH task"_s, u"POST task"_s, u"POST entry"_s}));
     QCOMPARE(bodyOfWrite(2).keys(), QStringList({u"Date"_s, u"Name"_s, u"Timer"_s}));
     QCOMPARE(bodyOfWrite(2)[u"Name"_s].toObject(),
-             (QJsonObject{{u"title"_s, QJsonArray{QJsonObject{
-                                           {u"text"_s, QJsonObject{{u"content"_s, u"Call the framer"_s}}}}}}}));
+             (QJsonObject{{u"title"_s,
+                           QJsonArray{QJsonObject{{u"text"_s, QJsonObject{{u"content"_s, u"Call the framer"_s}}}}}}}));
     QCOMPARE(viewModel().activeTimer()->taskName, u"Call the framer"_s);
     QCOMPARE(selectName(pageOf(task(u"Call the framer"_s).id), u"Timer"_s), u"Running"_s);
-    QCOMPARE(m_world->log.lines, QStringList{u"INFO Quick add: created task 'Call the framer' and started timer"_s});
+    QCOMPARE(m_world->log.lines, QStringList{createdLine});
 }
 
 void TimerActionsTest::quickAddWithoutTaskDateMakesATaskThatTodayDoesNotShow()
@@ -431,12 +610,16 @@ void TimerActionsTest::quickAddWithoutATaskStatusCreatesTitleAndDateOnly()
 
 void TimerActionsTest::taskDateAndEntryStartAreTheSameInstant()
 {
-    server().faults().add(Fault::slow(std::chrono::milliseconds(100)));
+    auto &clock = m_world->clock;
+    const auto begin = clock.now();
+    QObject scope;
+    connect(&server(), &sandbox::SandboxServer::requestReceived, &scope,
+            [&clock] { clock.setNow(clock.now().addSecs(90)); }); // Each request takes its time.
     viewModel().quickAddTask(u"At once"_s);
     waitForAction();
-    const auto date = bodyOfWrite(2)[u"Date"_s][u"date"_s][u"start"_s].toString();
-    QVERIFY(!date.isEmpty());
-    QCOMPARE(bodyOfWrite(3)[u"Start"_s][u"date"_s][u"start"_s].toString(), date);
+    QCOMPARE(bodyOfWrite(0)[u"End"_s].toObject(), dateProperty(begin));
+    QCOMPARE(bodyOfWrite(2)[u"Date"_s].toObject(), dateProperty(begin.addSecs(180)));
+    QCOMPARE(bodyOfWrite(3)[u"Start"_s].toObject(), dateProperty(begin.addSecs(180)));
 }
 
 void TimerActionsTest::aNameGoesInUnchanged_data()
@@ -456,39 +639,41 @@ void TimerActionsTest::aNameGoesInUnchanged()
     waitForAction();
     const auto content = bodyOfWrite(2)[u"Name"_s][u"title"_s][0][u"text"_s][u"content"_s].toString();
     QCOMPARE(content, name);
+    QCOMPARE(m_world->log.lines, QStringList{u"INFO Quick add: created task '"_s + name + u"' and started timer"_s});
     QCOMPARE(viewModel().activeTimer()->taskName, name);
-}
-
-void TimerActionsTest::aNameDuringARunningActionIsDropped()
-{
-    viewModel().stopTimer();
-    viewModel().quickAddTask(u"Too early"_s);
-    waitForAction();
-    QVERIFY(workspace().findPage(workspace().tasksId(), u"Too early"_s).isEmpty());
-    QVERIFY(m_world->log.lines.isEmpty());
 }
 
 void TimerActionsTest::aNameThatIsTooLongIsRefusedInTheApisWords()
 {
-    workspace().stopTimers();
-    pollOnce();
+    const auto tasks = workspace().pages(workspace().tasksId()).size();
     viewModel().quickAddTask(QString(10000, u'x'));
     waitForAction();
-    QVERIFY(viewModel().errorMessage()->startsWith(u"Failed to create task: Server error 400: "_s));
-    QVERIFY(viewModel().errorMessage()->contains(u"text.content.length should be"_s));
-    QVERIFY(workspace().runningEntries().isEmpty());
+    const auto words = viewModel().errorMessage().value_or(QString());
+    QVERIFY(words.startsWith(u"Failed to create task: Server error 400: "_s));
+    QVERIFY(words.contains(u"text.content.length should be"_s));
+    QCOMPARE(m_world->log.lines, QStringList{u"ERROR Quick add failed: "_s + words.mid(23)});
+    QCOMPARE(workspace().pages(workspace().tasksId()).size(), tasks);
+    QVERIFY(workspace().runningEntries().isEmpty()); // The old entry was closed,
+    QCOMPARE(selectName(pageOf(m_firstEntry), u"Status"_s), u"Stopped"_s);
+    QCOMPARE(viewModel().activeTimer()->id, m_firstEntry); // and is shown until the next poll.
 }
 
 void TimerActionsTest::aFailedStepOfAQuickAddLeavesWhatWasWritten_data()
 {
     QTest::addColumn<QByteArray>("method");
     QTest::addColumn<int>("nth");
+    QTest::addColumn<QStringList>("written");
     QTest::addColumn<bool>("isOldClosed");
     QTest::addColumn<bool>("isTaskThere");
-    QTest::newRow("closing the old entry") << QByteArray("PATCH") << 1 << false << false;
-    QTest::newRow("setting the old task's status") << QByteArray("PATCH") << 2 << true << false;
-    QTest::newRow("creating the task") << QByteArray("POST") << 1 << true << false;
-    QTest::newRow("creating the entry") << QByteArray("POST") << 2 << true << true;
+    const QString entry = u"PATCH entry"_s, status = u"PATCH task"_s, task = u"POST task"_s, create = u"POST entry"_s;
+    QTest::newRow("closing the old entry")
+        << QByteArray("PATCH") << 1 << QStringList{entry, entry, entry} << false << false;
+    QTest::newRow("setting the old task's status")
+        << QByteArray("PATCH") << 2 << QStringList{entry, status, status, status} << true << false;
+    QTest::newRow("creating the task") << QByteArray("POST") << 1 << QStringList{entry, status, task, task, task}
+                                       << true << false;
+    QTest::newRow("creating the entry") << QByteArray("POST") << 2
+                                        << QStringList{entry, status, task, create, create, create} << true << true;
 }
 
 void TimerActionsTest::aFailedStepOfAQuickAddLeavesWhatWasWritten()
@@ -500,7 +685,9 @@ void TimerActionsTest::aFailedStepOfAQuickAddLeavesWhatWasWritten()
     failNth(method, nth);
     viewModel().quickAddTask(u"Half done"_s);
     waitForAction();
-    const auto words = *viewModel().errorMessage();
+    QTEST(writes(), "written");
+    QCOMPARE(viewModel().activeTimer()->id, m_firstEntry); // No poll: the old one stays on display.
+    const auto words = viewModel().errorMessage().value_or(QString());
     QVERIFY(words.startsWith(u"Failed to create task: Server error 403: "_s));
     QCOMPARE(m_world->log.lines, QStringList{u"ERROR Quick add failed: "_s + words.mid(23)});
     QVERIFY(!viewModel().hasNetworkError());
@@ -511,17 +698,337 @@ void TimerActionsTest::aFailedStepOfAQuickAddLeavesWhatWasWritten()
         QCOMPARE(selectName(pageOf(id), u"Timer"_s), u"Running"_s); // So today's list keeps it out.
 }
 
+void TimerActionsTest::aCreatedPageWithoutAnIdIsAnInvalidResponse_data()
+{
+    QTest::addColumn<QByteArray>("answer");
+    QTest::newRow("no id") << QByteArray(R"({"object": "page"})");
+    QTest::newRow("a number") << QByteArray(R"({"object": "page", "id": 5})");
+    QTest::newRow("null") << QByteArray(R"({"object": "page", "id": null})");
+}
+
 void TimerActionsTest::aCreatedPageWithoutAnIdIsAnInvalidResponse()
 {
+    QFETCH(QByteArray, answer);
     workspace().stopTimers();
     pollOnce();
-    server().faults().add(Fault::answer(200, R"({"object": "page"})"),
-                          {.method = "POST", .pathPrefix = "/v1/pages"});
+    server().faults().add(Fault::answer(200, answer), {.method = "POST", .pathPrefix = "/v1/pages"});
     viewModel().quickAddTask(u"Nameless"_s);
     waitForAction();
-    QCOMPARE(viewModel().errorMessage(), u"Failed to create task: Invalid response from Notion"_s);
-    QCOMPARE(m_world->log.lines, QStringList{u"ERROR Quick add failed: Invalid response from Notion"_s});
+    compareFailure(Action::quickAdd, u"Invalid response from Notion"_s);
     QCOMPARE(writes(), QStringList{u"POST task"_s});
+    QVERIFY(workspace().runningEntries().isEmpty());
+}
+
+void TimerActionsTest::theStateIsBusyUntilTheNewStateIsOnDisplay_data()
+{
+    addActionColumn();
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<QStringList>("logged");
+    QTest::newRow("start") << Action::start << otherTask << QStringList();
+    QTest::newRow("stop") << Action::stop << QString() << QStringList();
+    QTest::newRow("quick add") << Action::quickAdd << newTask << QStringList{createdLine};
+}
+
+void TimerActionsTest::theStateIsBusyUntilTheNewStateIsOnDisplay()
+{
+    QFETCH(Action, action);
+    QFETCH(QString, shown);
+    QFETCH(QStringList, logged);
+    QSignalSpy loading(&viewModel(), &TimerViewModel::isLoadingChanged);
+    QString shownAtTheEnd;
+    QStringList loggedAtTheEnd;
+    int queriesAtTheEnd = 0;
+    QObject scope;
+    connect(&viewModel(), &TimerViewModel::isLoadingChanged, &scope, [&] {
+        if (viewModel().isLoading())
+            return;
+        shownAtTheEnd = viewModel().activeTimer() ? viewModel().activeTimer()->taskName : QString();
+        loggedAtTheEnd = m_world->log.lines;
+        queriesAtTheEnd = queryCount();
+    });
+    perform(action);
+    QVERIFY(viewModel().isLoading());
+    waitForAction();
+    QCOMPARE(loading.count(), 2);
+    QCOMPARE(shownAtTheEnd, shown);
+    QCOMPARE(loggedAtTheEnd, logged);
+    QCOMPARE(queriesAtTheEnd, 2); // The timer and today's tasks.
+}
+
+void TimerActionsTest::anActionDuringAnotherIsDropped_data()
+{
+    addActionColumn();
+    QTest::addColumn<Action>("second");
+    for (const auto first : allActions) {
+        for (const auto second : allActions)
+            QTest::addRow("%s, then %s", nameOf(first), nameOf(second)) << first << second;
+    }
+}
+
+void TimerActionsTest::anActionDuringAnotherIsDropped()
+{
+    QFETCH(Action, action);
+    QFETCH(Action, second);
+    QSignalSpy loading(&viewModel(), &TimerViewModel::isLoadingChanged);
+    perform(action);
+    perform(second);
+    waitForAction();
+    QTRY_COMPARE(spawnedCount(), 0);
+    QCOMPARE(loading.count(), 2);
+    QCOMPARE(writes(), writesOf(action));
+    QCOMPARE(viewModel().activeTimer().has_value(), action != Action::stop);
+    QCOMPARE(logLines().size(), action == Action::quickAdd ? 1 : 0);
+    QVERIFY(!viewModel().errorMessage());
+}
+
+void TimerActionsTest::theMappingAndTheTimeAreReadAnewForTheOpening_data()
+{
+    addActionColumn();
+    QTest::newRow("start") << Action::start;
+    QTest::newRow("quick add") << Action::quickAdd;
+}
+
+void TimerActionsTest::theMappingAndTheTimeAreReadAnewForTheOpening()
+{
+    QFETCH(Action, action);
+    auto &clock = m_world->clock;
+    const auto begin = clock.now();
+    QObject scope;
+    connect(&server(), &sandbox::SandboxServer::requestReceived, &scope, [&] {
+        clock.setNow(clock.now().addSecs(90));
+        settings().changeFieldMapping([](FieldMapping &mapping) {
+            mapping.taskTimerStatusStopped = u"Too late"_s; // The closing has its mapping already.
+            mapping.taskTimerStatusRunning = u"Busy"_s;
+        });
+    });
+    perform(action);
+    waitForAction();
+    QCOMPARE(writes(), writesOf(action));
+    QCOMPARE(bodyOfWrite(0)[u"End"_s].toObject(), dateProperty(begin));
+    QCOMPARE(bodyOfWrite(1)[u"Timer"_s][u"select"_s][u"name"_s].toString(), u"Stopped"_s);
+    const auto entry = bodyOfWrite(action == Action::start ? 2 : 3);
+    const auto status = bodyOfWrite(action == Action::start ? 3 : 2);
+    QCOMPARE(entry[u"Start"_s].toObject(), dateProperty(begin.addSecs(180)));
+    QCOMPARE(status[u"Timer"_s][u"select"_s][u"name"_s].toString(), u"Busy"_s);
+}
+
+void TimerActionsTest::withoutAStatusNameTheTasksStatusIsNotWritten_data()
+{
+    addActionColumn();
+    QTest::addColumn<bool>("hasRunning");
+    QTest::addColumn<QStringList>("written");
+    const QString entry = u"PATCH entry"_s, status = u"PATCH task"_s, task = u"POST task"_s, create = u"POST entry"_s;
+    QTest::newRow("start, no running") << Action::start << false << QStringList{entry, status, create};
+    QTest::newRow("stop, no running") << Action::stop << false << QStringList{entry, status};
+    QTest::newRow("quick add, no running") << Action::quickAdd << false << QStringList{entry, status, task, create};
+    QTest::newRow("start, no stopped") << Action::start << true << QStringList{entry, create, status};
+    QTest::newRow("stop, no stopped") << Action::stop << true << QStringList{entry};
+    QTest::newRow("quick add, no stopped") << Action::quickAdd << true << QStringList{entry, task, create};
+}
+
+void TimerActionsTest::withoutAStatusNameTheTasksStatusIsNotWritten()
+{
+    QFETCH(Action, action);
+    QFETCH(bool, hasRunning);
+    settings().changeFieldMapping([hasRunning](FieldMapping &mapping) {
+        (hasRunning ? mapping.taskTimerStatusStopped : mapping.taskTimerStatusRunning).clear();
+    });
+    perform(action);
+    waitForAction();
+    QTEST(writes(), "written");
+    QVERIFY(!viewModel().errorMessage());
+    if (action == Action::quickAdd)
+        QCOMPARE(bodyOfWrite(hasRunning ? 1 : 2).contains(u"Timer"_s), hasRunning);
+}
+
+void TimerActionsTest::onlyAStopClosesAnEntryThatDoesNotRun_data()
+{
+    addActionColumn();
+    QTest::addColumn<QStringList>("written");
+    QTest::newRow("start") << Action::start << QStringList{u"POST entry"_s, u"PATCH task"_s};
+    QTest::newRow("stop") << Action::stop << QStringList{u"PATCH entry"_s, u"PATCH task"_s};
+    QTest::newRow("quick add") << Action::quickAdd << QStringList{u"POST task"_s, u"POST entry"_s};
+}
+
+void TimerActionsTest::onlyAStopClosesAnEntryThatDoesNotRun()
+{
+    QFETCH(Action, action);
+    // As when the entry is paused between the server's filter and its answer.
+    auto entry = pageOf(m_firstEntry);
+    auto properties = entry[u"properties"_s].toObject();
+    properties.insert(u"Status"_s, QJsonObject{{u"select"_s, QJsonObject{{u"name"_s, u"Paused"_s}}}});
+    entry.insert(u"properties"_s, properties);
+    const QJsonObject rows{{u"results"_s, QJsonArray{entry}}};
+    server().faults().add(Fault::answer(200, QJsonDocument(rows).toJson()),
+                          {.method = "POST", .pathPrefix = "/v1/databases"});
+    pollOnce();
+    QCOMPARE(viewModel().activeTimer()->id, m_firstEntry);
+    QVERIFY(!viewModel().isTimerRunning());
+
+    perform(action);
+    waitForAction();
+    QTEST(writes(), "written");
+    QVERIFY(!viewModel().errorMessage());
+    QCOMPARE(selectName(pageOf(m_firstEntry), u"Status"_s), action == Action::stop ? u"Stopped"_s : u"Running"_s);
+}
+
+void TimerActionsTest::aFailureOfTheClosingPollIsNoneOfTheAction_data()
+{
+    addActionColumn();
+    QTest::addColumn<QString>("request");
+    for (const auto action : allActions) {
+        QTest::addRow("%s, then the timer", nameOf(action)) << action << u"timer"_s;
+        QTest::addRow("%s, then today's tasks", nameOf(action)) << action << u"tasks"_s;
+        if (action != Action::stop)
+            QTest::addRow("%s, then the timer's task", nameOf(action)) << action << u"page"_s;
+    }
+}
+
+void TimerActionsTest::aFailureOfTheClosingPollIsNoneOfTheAction()
+{
+    QFETCH(Action, action);
+    QFETCH(QString, request);
+    const auto tasks = viewModel().todayTasks();
+    const auto fault = Fault::error(403);
+    if (request == u"timer"_s)
+        failTrackerQuery();
+    else if (request == u"tasks"_s)
+        server().faults().add(
+            fault, {.method = "POST", .pathPrefix = "/v1/databases/" + workspace().tasksId().toLatin1(), .times = 3});
+    else
+        server().faults().add(fault, {.method = "GET", .pathPrefix = "/v1/pages", .times = 3});
+    perform(action);
+    waitForAction();
+    QCOMPARE(writes(), writesOf(action));
+
+    // Only the query for the timer decides over the poll.
+    const auto isFailure = request == u"timer"_s;
+    QStringList lines;
+    if (isFailure)
+        lines.append(u"ERROR Poll failed: "_s + serverError(fault));
+    if (action == Action::quickAdd)
+        lines.append(createdLine);
+    QCOMPARE(logLines(), lines);
+    QCOMPARE(viewModel().hasNetworkError(), isFailure);
+    QCOMPARE(viewModel().errorMessage(), isFailure ? std::optional(serverError(fault)) : std::nullopt);
+    if (request != u"page"_s)
+        QCOMPARE(viewModel().todayTasks(), tasks);
+    if (action == Action::stop)
+        QVERIFY(!viewModel().activeTimer());
+    else if (isFailure)
+        QCOMPARE(viewModel().activeTimer()->id, m_firstEntry);
+    else if (request == u"page"_s)
+        QCOMPARE(viewModel().activeTimer()->taskName, u"Unknown task"_s);
+    else
+        QCOMPARE(viewModel().activeTimer()->taskName, action == Action::start ? otherTask : newTask);
+}
+
+void TimerActionsTest::aFailureIsToldInItsOwnWords_data()
+{
+    addActionColumn();
+    QTest::addColumn<std::optional<Fault>>("fault");
+    QTest::addColumn<QString>("words");
+    QTest::addColumn<int>("sends");
+    using MaybeFault = std::optional<Fault>;
+    for (const auto action : allActions) {
+        const auto *const name = nameOf(action);
+        const auto refused = Fault::error(400), broken = Fault::error(500), busy = Fault::error(503);
+        QTest::addRow("%s, no key", name) << action << MaybeFault() << u"No API key configured"_s << 0;
+        QTest::addRow("%s, a wrong key", name) << action << MaybeFault(Fault::error(401)) << u"Invalid API key"_s << 1;
+        QTest::addRow("%s, a page that is gone", name)
+            << action << MaybeFault(Fault::error(404)) << u"Resource not found"_s << 1;
+        QTest::addRow("%s, a refusal", name) << action << MaybeFault(refused) << serverError(refused) << 3;
+        QTest::addRow("%s, too many requests", name)
+            << action << MaybeFault(Fault::error(429, "7")) << u"Rate limited, retrying..."_s << 3;
+        QTest::addRow("%s, status 500", name) << action << MaybeFault(broken) << serverError(broken) << 3;
+        QTest::addRow("%s, status 503", name) << action << MaybeFault(busy) << serverError(busy) << 3;
+    }
+}
+
+void TimerActionsTest::aFailureIsToldInItsOwnWords()
+{
+    QFETCH(Action, action);
+    QFETCH(std::optional<Fault>, fault);
+    QFETCH(QString, words);
+    QFETCH(int, sends);
+    m_world->clock.arePausesInstant = true;
+    if (fault)
+        server().faults().add(*fault, -1);
+    else
+        settings().setApiKey({});
+    perform(action);
+    waitForAction();
+    compareFailure(action, words);
+    QCOMPARE(server().requests().size(), sends);
+    QVERIFY(!viewModel().hasNetworkError());
+    QCOMPARE(viewModel().activeTimer()->id, m_firstEntry);
+}
+
+void TimerActionsTest::anExceptionIsAFailureAsAnyOther_data()
+{
+    addActionColumn();
+    QTest::addColumn<int>("nth");
+    for (const auto action : allActions) {
+        for (int nth = 1; nth <= writesOf(action).size(); ++nth)
+            QTest::addRow("%s, write %d", nameOf(action), nth) << action << nth;
+    }
+}
+
+void TimerActionsTest::anExceptionIsAFailureAsAnyOther()
+{
+    QFETCH(Action, action);
+    QFETCH(int, nth);
+    m_world->throwingTransport.requestsUntilThrow = nth;
+    perform(action);
+    waitForAction();
+    compareFailure(action, u"no memory for it"_s);
+    QCOMPARE(writes(), writesOf(action).mid(0, nth - 1));
+    QVERIFY(!viewModel().hasNetworkError());
+    QCOMPARE(viewModel().activeTimer()->id, m_firstEntry);
+    pollOnce();
+    QVERIFY(!viewModel().errorMessage());
+}
+
+void TimerActionsTest::aFailedActionLeavesTheNetworkErrorAsItWas_data()
+{
+    addActionRows();
+}
+
+void TimerActionsTest::aFailedActionLeavesTheNetworkErrorAsItWas()
+{
+    QFETCH(Action, action);
+    pollInVain();
+    QSignalSpy flag(&viewModel(), &TimerViewModel::hasNetworkErrorChanged);
+    failNth("PATCH", 1);
+    perform(action);
+    waitForAction();
+    compareFailure(action, serverError(Fault::error(403)));
+    QVERIFY(viewModel().hasNetworkError());
+    QCOMPARE(flag.count(), 0);
+}
+
+void TimerActionsTest::theLastErrorStaysUntilTheClosingPollHasSucceeded_data()
+{
+    addActionRows();
+}
+
+void TimerActionsTest::theLastErrorStaysUntilTheClosingPollHasSucceeded()
+{
+    QFETCH(Action, action);
+    pollInVain();
+    const auto error = viewModel().errorMessage();
+    QVERIFY(error);
+    QList<std::optional<QString>> seen;
+    QObject scope;
+    connect(&server(), &sandbox::SandboxServer::requestReceived, &scope,
+            [&] { seen.append(viewModel().errorMessage()); });
+    perform(action);
+    QCOMPARE(viewModel().errorMessage(), error);
+    waitForAction();
+    QVERIFY(seen.size() >= writesOf(action).size() + 2);
+    QCOMPARE(seen.count(error), seen.size());
+    QVERIFY(!viewModel().errorMessage());
+    QVERIFY(!viewModel().hasNetworkError());
 }
 
 void TimerActionsTest::aLostAnswerToACreateMakesThePageTwice()
@@ -538,15 +1045,31 @@ void TimerActionsTest::aLostAnswerToACreateMakesThePageTwice()
     QVERIFY(m_world->log.lines.first().startsWith(u"ERROR API network error on /pages, attempt 1/3: "_s));
 }
 
+void TimerActionsTest::anActionOutlivesNoViewModel_data()
+{
+    addActionColumn();
+    QTest::addColumn<int>("nth");
+    for (const auto action : allActions) {
+        // The writes, the queries for timer and tasks, and between them the timer's task if there is one.
+        const auto requests = writesOf(action).size() + (action == Action::stop ? 2 : 3);
+        for (int nth = 1; nth <= requests; ++nth)
+            QTest::addRow("%s, request %d", nameOf(action), nth) << action << nth;
+    }
+}
+
 void TimerActionsTest::anActionOutlivesNoViewModel()
 {
-    server().faults().add(Fault::of(Fault::Kind::neverAnswer));
-    viewModel().startTimer(task(otherTask));
-    QTRY_COMPARE(server().requests().size(), 1);
+    QFETCH(Action, action);
+    QFETCH(int, nth);
+    server().faults().add(Fault::of(Fault::Kind::neverAnswer), {.method = {}, .pathPrefix = {}, .nth = nth});
+    perform(action);
+    QTRY_COMPARE(server().requests().size(), nth);
     m_world->viewModel.reset();
     QTRY_COMPARE(spawnedCount(), 0);
-    m_world->viewModel
-        = std::make_unique<TimerViewModel>(m_world->notifications, m_world->transport, settings(), m_world->clock);
+    QCOMPARE(server().requests().size(), nth);
+    // Only what was all written is told of.
+    const auto isWritten = action == Action::quickAdd && nth > writesOf(action).size();
+    QCOMPARE(logLines(), isWritten ? QStringList{createdLine} : QStringList());
 }
 
 QTEST_GUILESS_MAIN(TimerActionsTest)

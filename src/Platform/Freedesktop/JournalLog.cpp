@@ -126,8 +126,11 @@ void JournalLog::write(Level level, const QByteArray &message)
     bool isSent = sendDatagram(m_socket, m_socketPath, record);
     if (!isSent && (errno == EMSGSIZE || errno == ENOBUFS))
         isSent = sendAsFile(m_socket, m_socketPath, record);
-    if (!isSent && errno != EAGAIN)
-        m_syslog(priority, message.constData());
+    if (!isSent && errno != EAGAIN) {
+        auto text = message;
+        text.replace('\0', "\xe2\x90\x80"); // U+2400, the picture of a NUL, which would end the line.
+        m_syslog(priority, text.constData());
+    }
 }
 
 void JournalLog::writeToSyslog(int priority, const char *message)
