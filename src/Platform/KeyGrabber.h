@@ -27,7 +27,7 @@ public:
     virtual void uninstall() = 0;
 
     /// Takes a key in place of the former: virtual key code, modifier bits as stored. A desktop that answers later
-    /// gives 0 at once, and `failed` if it comes to that.
+    /// gives 0 at once, then `failed` if it comes to that, and `grabbed` if it gives the key after such a failure.
     virtual int grab(quint32 keyCode, quint32 modifiers) = 0;
 
     /// Gives the key back. Nothing happens if none is held.
@@ -39,6 +39,9 @@ signals:
 
     /// The key that `grab` took, or seemed to take, is not ours.
     void failed(int status);
+
+    /// The key of the last `grab` is ours after all, or again, after it had `failed`.
+    void grabbed();
 };
 
 } // namespace korvo

@@ -12,7 +12,7 @@ public:
     enum class Status {
         notRegistered, ///< The program is not in the list.
         enabled,       ///< The running program will be started at the next login.
-        disabled,      ///< It is in the list, but the user has switched it off there.
+        disabled,      ///< It is in the list, but switched off there, or not for this desktop.
         notFound,      ///< What is in the list under its name starts nothing, or another program.
     };
 

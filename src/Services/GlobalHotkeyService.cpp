@@ -48,9 +48,16 @@ std::function<void()> GlobalHotkeyService::onHotkeyPressed;
 
 GlobalHotkeyService::GlobalHotkeyService(KeyGrabber &grabber) :
     m_grabber(grabber),
-    m_failures(QObject::connect(&grabber, &KeyGrabber::failed, [this](int status) {
-        if (m_isHotkeyHeld)
-            noteFailure(status);
+    m_failures(QObject::connect(&grabber, &KeyGrabber::failed,
+                                [this](int status) {
+                                    const bool isNews = m_isHotkeyHeld
+                                        || m_failure != status; // Lost and then refused are two things.
+                                    if (m_eventHandler && isNews)
+                                        noteFailure(status);
+                                })),
+    m_lateGrabs(QObject::connect(&grabber, &KeyGrabber::grabbed, [this] {
+        if (m_eventHandler && !m_isHotkeyHeld)
+            noteSuccess();
     }))
 {
 }
@@ -58,6 +65,7 @@ GlobalHotkeyService::GlobalHotkeyService(KeyGrabber &grabber) :
 GlobalHotkeyService::~GlobalHotkeyService()
 {
     QObject::disconnect(m_failures);
+    QObject::disconnect(m_lateGrabs);
     unregister();
 }
 
@@ -65,6 +73,8 @@ void GlobalHotkeyService::registerHotkey(quint32 keyCode, quint32 modifiers, std
 {
     unregister();
     onHotkeyPressed = std::move(handler);
+    m_keyCode = keyCode;
+    m_modifiers = modifiers;
 
     const int installStatus = m_grabber.install();
     if (installStatus != KeyGrabber::ok) {
@@ -78,8 +88,7 @@ void GlobalHotkeyService::registerHotkey(quint32 keyCode, quint32 modifiers, std
         noteFailure(grabStatus);
         return;
     }
-    m_isHotkeyHeld = true;
-    Log::info(u"Global hotkey registered (keyCode: %1, modifiers: %2)"_s.arg(keyCode).arg(modifiers));
+    noteSuccess();
 }
 
 void GlobalHotkeyService::unregister()
@@ -98,9 +107,17 @@ void GlobalHotkeyService::handlePress()
         handler();
 }
 
+void GlobalHotkeyService::noteSuccess()
+{
+    m_isHotkeyHeld = true;
+    m_failure.reset();
+    Log::info(u"Global hotkey registered (keyCode: %1, modifiers: %2)"_s.arg(m_keyCode).arg(m_modifiers));
+}
+
 void GlobalHotkeyService::noteFailure(int status)
 {
     m_isHotkeyHeld = false;
+    m_failure = status;
     Log::error(u"Failed to register hotkey: %1"_s.arg(status));
 }
 

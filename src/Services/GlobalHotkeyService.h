@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 namespace korvo {
 
@@ -45,14 +46,19 @@ public:
 
 private:
     static void handlePress();
+    void noteSuccess();
     void noteFailure(int status);
 
     static std::function<void()> onHotkeyPressed;
 
     KeyGrabber &m_grabber;
     QMetaObject::Connection m_failures;
+    QMetaObject::Connection m_lateGrabs;
     QMetaObject::Connection m_eventHandler; ///< Valid while presses are delivered.
     bool m_isHotkeyHeld = false;
+    std::optional<int> m_failure; ///< The status last logged, until the key is held.
+    quint32 m_keyCode = 0;        ///< As last registered.
+    quint32 m_modifiers = 0;
 };
 
 /// The quick-add shortcut as the user reads it, "Not set" if there is none. A binding that calls it follows the

@@ -45,6 +45,12 @@ public:
         held.reset();
         emit failed(status);
     }
+    /// Gives the key that was last asked for, after a failure.
+    void giveLate()
+    {
+        held = asked.last();
+        emit grabbed();
+    }
 
     int installStatus = ok;
     int grabStatus = ok;

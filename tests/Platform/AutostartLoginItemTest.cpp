@@ -23,7 +23,11 @@ class AutostartLoginItemTest : public QObject {
     Q_OBJECT
 private slots:
     void init();
-    void cleanup() { m_folder.reset(); }
+    void cleanup()
+    {
+        m_folder.reset();
+        qunsetenv("XDG_CURRENT_DESKTOP");
+    }
 
     void registeringWritesTheEntry();
     void registeringTwiceChangesNothing();
@@ -38,6 +42,8 @@ private slots:
     void withoutAnEntryItIsNotRegistered();
     void statusOfAnEntry_data();
     void statusOfAnEntry();
+    void entriesMayBeForSomeDesktopsOnly_data();
+    void entriesMayBeForSomeDesktopsOnly();
     void aMovedProgramIsNotFound();
     void aLinkToTheProgramIsTheProgram();
     void registeringMendsWhatKeepsItFromStarting_data();
@@ -96,6 +102,7 @@ void AutostartLoginItemTest::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     m_program = path(u"bin/korvo"_s);
+    qunsetenv("XDG_CURRENT_DESKTOP");
     QVERIFY(makeProgram(m_program));
 }
 
@@ -201,6 +208,8 @@ void AutostartLoginItemTest::statusOfAnEntry_data()
     QTest::newRow("switched off by most desktops") << plain + "Hidden=true\n" << Status::disabled;
     QTest::newRow("not hidden") << plain + "Hidden=false\n" << Status::enabled;
     QTest::newRow("switched off by GNOME") << plain + "X-GNOME-Autostart-enabled=false\n" << Status::disabled;
+    QTest::newRow("switched off by MATE") << plain + "X-MATE-Autostart-enabled=false\n" << Status::disabled;
+    QTest::newRow("switched on by MATE") << plain + "X-MATE-Autostart-enabled=true\n" << Status::enabled;
     QTest::newRow("switched on by GNOME") << plain + "X-GNOME-Autostart-enabled=true\n" << Status::enabled;
     QTest::newRow("hidden in another group") << plain + "[Other]\nHidden=true\n" << Status::enabled;
     QTest::newRow("with a check that finds the program") << plain + "TryExec=%P\n" << Status::enabled;
@@ -221,6 +230,54 @@ void AutostartLoginItemTest::statusOfAnEntry()
     QFETCH(Status, status);
     writeEntry(text.replace("%P", m_program.toUtf8()));
     QCOMPARE(int(item().status()), int(status));
+}
+
+void AutostartLoginItemTest::entriesMayBeForSomeDesktopsOnly_data()
+{
+    QTest::addColumn<QByteArray>("keys");
+    QTest::addColumn<QByteArray>("desktop");
+    QTest::addColumn<bool>("isEnabled");
+    QTest::addColumn<QByteArray>("keysAfterwards"); // Once it has been registered.
+    const auto row = [](const char *name, const QByteArray &keys, const QByteArray &desktop, bool isEnabled,
+                        const QByteArray &keysAfterwards) {
+        QTest::newRow(name) << keys << desktop << isEnabled << keysAfterwards;
+    };
+    const auto only = "OnlyShowIn=MATE;XFCE;\n"_ba;
+    const auto never = "NotShowIn=KDE;GNOME;\n"_ba;
+    row("for this one", only, "XFCE", true, only);
+    row("for this one, without a last semicolon", "OnlyShowIn=XFCE\n", "XFCE", true, "OnlyShowIn=XFCE\n");
+    row("for others", only, "KDE", false, {});
+    row("for one of its further names", only, "X-Mine:MATE", true, only);
+    row("for this one in other capitals", only, "xfce", false, {});
+    row("for others, where the desktop has no name", only, {}, false, {});
+    row("for others, where the name is empty", only, ":", false, {});
+    row("for none", "OnlyShowIn=\n", "XFCE", false, {});
+    row("not for this one", never, "GNOME", false, {});
+    row("not for one of its further names", never, "ubuntu:GNOME", false, {});
+    row("not for others", never, "XFCE", true, never);
+    row("not for this one in other capitals", never, "gnome", true, never);
+    row("not for others, where the desktop has no name", never, {}, true, never);
+    row("only for its first name, but not for its second", only + "NotShowIn=GNOME;\n", "MATE:GNOME", true,
+        only + "NotShowIn=GNOME;\n");
+    row("not for its first name, but for its second", only + "NotShowIn=GNOME;\n", "GNOME:MATE", false, only);
+    row("for others and not for this one", only + never, "GNOME", false, {});
+}
+
+void AutostartLoginItemTest::entriesMayBeForSomeDesktopsOnly()
+{
+    QFETCH(QByteArray, keys);
+    QFETCH(QByteArray, desktop);
+    QFETCH(bool, isEnabled);
+    QFETCH(QByteArray, keysAfterwards);
+    if (!desktop.isEmpty())
+        qputenv("XDG_CURRENT_DESKTOP", desktop);
+    const auto start = "[Desktop Entry]\nType=Application\nName=Korvo\nExec=" + m_program.toUtf8()
+        + "\nIcon=com.korvo.app\nX-GNOME-Autostart-enabled=true\n";
+    writeEntry(start + keys);
+    QCOMPARE(int(item().status()), int(isEnabled ? Status::enabled : Status::disabled));
+    QCOMPARE(item().registerItem(), std::nullopt);
+    QCOMPARE(entry(), start + keysAfterwards);
+    QVERIFY(item().status() == Status::enabled);
 }
 
 void AutostartLoginItemTest::aMovedProgramIsNotFound()
@@ -247,6 +304,8 @@ void AutostartLoginItemTest::registeringMendsWhatKeepsItFromStarting_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::newRow("hidden") << "[Desktop Entry]\nHidden=true\n"_ba;
+    QTest::newRow("switched off by MATE") << "[Desktop Entry]\nX-MATE-Autostart-enabled=false\n"_ba;
+    QTest::newRow("for another desktop only") << "[Desktop Entry]\nOnlyShowIn=Other;\n"_ba;
     QTest::newRow("switched off by GNOME") << "[Desktop Entry]\nX-GNOME-Autostart-enabled=false\n"_ba;
     QTest::newRow("a check that fails") << "[Desktop Entry]\nTryExec=/nonexistent/korvo\n"_ba;
     QTest::newRow("another program") << "[Desktop Entry]\nExec=/bin/sh\n"_ba;
@@ -266,6 +325,7 @@ void AutostartLoginItemTest::registeringMendsWhatKeepsItFromStarting()
 
 void AutostartLoginItemTest::whatTheUserAddedStays()
 {
+    qputenv("XDG_CURRENT_DESKTOP", "MATE");
     writeEntry("# Mine\n[Desktop Entry]\nType=Application\nName=Time\nName[de]=Zeit\nExec=/old/korvo\n"
                "X-GNOME-Autostart-Delay=10\nOnlyShowIn=MATE;\n\n[Desktop Action new]\nExec=new\n"_ba);
     QCOMPARE(item().registerItem(), std::nullopt);

@@ -1,6 +1,7 @@
 #include "FakePortal.h"
 
 #include <QDBusArgument>
+#include <QDBusError>
 #include <QDBusMetaType>
 
 using namespace Qt::StringLiterals;
@@ -71,6 +72,7 @@ bool FakePortal::start()
 void FakePortal::stop()
 {
     m_bus.unregisterService(service);
+    openSessions.clear();
 }
 
 bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnection &)
@@ -90,12 +92,19 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
     if (method == "CreateSession"_L1) {
         const auto token = qdbus_cast<QVariantMap>(options).value(u"session_handle_token"_s).toString();
         session = path + u"/session/"_s + callerPart(message) + u'/' + token;
+        if (isNamingSessionsItself)
+            session += u"_of_the_portal"_s;
         if (onCreate == Reply::yes)
             openSessions.append(session);
         answer(message, onCreate, {{u"session_handle"_s, session}});
         return true;
     }
     if (method == "BindShortcuts"_L1) {
+        const auto boundSession = message.arguments().first().value<QDBusObjectPath>().path();
+        if (message.signature() != "oa(sa{sv})sa{sv}"_L1 || !openSessions.contains(boundSession)) {
+            m_bus.send(message.createErrorReply(QDBusError::AccessDenied, u"Invalid session"_s));
+            return true;
+        }
         const auto shortcuts = qdbus_cast<QList<BoundShortcut>>(message.arguments().at(1).value<QDBusArgument>());
         shortcut = shortcuts.value(0).properties;
         shortcut.insert(u"id"_s, shortcuts.value(0).id);
@@ -126,9 +135,12 @@ void FakePortal::answer(const QDBusMessage &message, Reply reply, const QVariant
     const auto code = reply == Reply::refused ? 1u : reply == Reply::ended ? 2u : 0u;
     response << code << (code == 0 ? results : QVariantMap());
     const auto handleReply = message.createReply(QVariant::fromValue(QDBusObjectPath(handle)));
+    if (isAnsweringLate)
+        m_bus.send(handleReply);
     if (reply != Reply::never)
-        m_bus.send(response); // The answer before the reply, which a portal may do.
-    m_bus.send(handleReply);
+        m_bus.send(response);
+    if (!isAnsweringLate)
+        m_bus.send(handleReply); // The answer before the reply, which a portal may do.
 }
 
 void FakePortal::activate(const QString &sessionPath, const QString &id)

@@ -36,7 +36,9 @@ public:
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;
     QString introspect(const QString &) const override { return {}; }
 
-    bool hasShortcuts = true; ///< Else it is a portal without that interface.
+    bool hasShortcuts = true;            ///< Else it is a portal without that interface.
+    bool isAnsweringLate = false;        ///< The answer comes behind the reply, which is what portals mostly do.
+    bool isNamingSessionsItself = false; ///< The session is not where the program's token would have it.
     Reply onCreate = Reply::yes;
     Reply onBind = Reply::yes;
     QStringList calls;    ///< The methods called, in order.

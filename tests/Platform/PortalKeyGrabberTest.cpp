@@ -22,6 +22,7 @@ private slots:
     void init();
     void cleanup();
 
+    void aShortcutIsBoundAndFires_data();
     void aShortcutIsBoundAndFires();
     void aKeyWithoutANameIsBoundWithoutATrigger();
     void triggersAreSpeltAsPortalsDo_data();
@@ -35,6 +36,8 @@ private slots:
     void withoutABusTheFailureIsLogged();
     void aPortalThatComesLaterBindsAfterAll();
     void aPortalThatRestartsBindsAgain();
+    void aPortalThatRestartsAgainAndAgainIsLoggedEachTime();
+    void aRefusalByAPortalThatRestartedIsLogged();
     void aPortalThatGoesWhileItIsAskedIsLoggedOnce();
     void aRefusedShortcutIsNotAskedAgain();
     void aSessionThatThePortalClosesIsLogged();
@@ -95,8 +98,22 @@ void PortalKeyGrabberTest::stopPortal()
     QTRY_COMPARE(gone.count(), 1);
 }
 
+void PortalKeyGrabberTest::aShortcutIsBoundAndFires_data()
+{
+    QTest::addColumn<bool>("isAnsweringLate");
+    QTest::addColumn<bool>("isNamingSessionsItself");
+    QTest::newRow("the answers come before the replies") << false << false;
+    QTest::newRow("the answers come after the replies") << true << false;
+    QTest::newRow("the session is another than the token tells") << false << true;
+    QTest::newRow("the session is another, and told after the reply") << true << true;
+}
+
 void PortalKeyGrabberTest::aShortcutIsBoundAndFires()
 {
+    QFETCH(bool, isAnsweringLate);
+    QFETCH(bool, isNamingSessionsItself);
+    m_portal->isAnsweringLate = isAnsweringLate;
+    m_portal->isNamingSessionsItself = isNamingSessionsItself;
     registerShortcut();
     QTRY_VERIFY(isBound());
     QCOMPARE(m_portal->calls, (QStringList{u"CreateSession"_s, u"BindShortcuts"_s}));
@@ -109,6 +126,8 @@ void PortalKeyGrabberTest::aShortcutIsBoundAndFires()
     m_portal->activate(m_portal->session, u"quick-add"_s);
     QTRY_COMPARE(m_presses, 2);
     QCOMPARE(m_log->lines, (QStringList{u"INFO Global hotkey registered (keyCode: 45, modifiers: 768)"_s}));
+    m_service->unregister();
+    QTRY_COMPARE(m_portal->openSessions, QStringList());
 }
 
 void PortalKeyGrabberTest::aKeyWithoutANameIsBoundWithoutATrigger()
@@ -229,6 +248,35 @@ void PortalKeyGrabberTest::aPortalThatComesLaterBindsAfterAll()
     m_portal->activate(m_portal->session, u"quick-add"_s);
     QTRY_COMPARE(m_presses, 1);
     QCOMPARE(errors().size(), 1);
+    QCOMPARE(m_log->lines.last(), u"INFO Global hotkey registered (keyCode: 45, modifiers: 768)"_s);
+}
+
+void PortalKeyGrabberTest::aPortalThatRestartsAgainAndAgainIsLoggedEachTime()
+{
+    const auto success = u"INFO Global hotkey registered (keyCode: 45, modifiers: 768)"_s;
+    const auto loss = u"ERROR Failed to register hotkey: -4"_s;
+    registerShortcut();
+    QTRY_VERIFY(isBound());
+    QStringList lines{success};
+    for (int i = 0; i < 2; ++i) {
+        stopPortal();
+        lines += loss;
+        QTRY_COMPARE(m_log->lines, lines);
+        QVERIFY(m_portal->start());
+        lines += success;
+        QTRY_COMPARE(m_log->lines, lines);
+    }
+}
+
+void PortalKeyGrabberTest::aRefusalByAPortalThatRestartedIsLogged()
+{
+    registerShortcut();
+    QTRY_VERIFY(isBound());
+    stopPortal();
+    QTRY_COMPARE(errors(), (QStringList{u"Failed to register hotkey: -4"_s}));
+    m_portal->onBind = Reply::refused;
+    QVERIFY(m_portal->start());
+    QTRY_COMPARE(errors(), (QStringList{u"Failed to register hotkey: -4"_s, u"Failed to register hotkey: 1"_s}));
 }
 
 void PortalKeyGrabberTest::aPortalThatRestartsBindsAgain()

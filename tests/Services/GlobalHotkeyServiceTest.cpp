@@ -34,6 +34,9 @@ private slots:
     void registeringAfterAFailureNeedsNothingSpecial();
     void aLateRefusalIsLoggedOnceAndLeavesTheHandlerInstalled();
     void aLateRefusalOfAKeyGivenBackIsNotLogged();
+    void aKeyThatIsLostAndComesAgainIsLoggedEachTime();
+    void aKeyThatIsLostAndThenRefusedIsLoggedTwice();
+    void aKeyThatComesAfterARegistrationThatWasGivenUpIsNotLogged();
     void aPressWithoutACallbackIsSwallowed();
     void theCallbackRunsWithinThePress();
     void theCallbackMayRegisterAnother();
@@ -213,6 +216,46 @@ void GlobalHotkeyServiceTest::aLateRefusalOfAKeyGivenBackIsNotLogged()
     m_service->registerHotkey(45, 768, count());
     m_service->unregister();
     m_log->lines.clear();
+    m_grabber->fail(1);
+    QCOMPARE(m_log->lines, QStringList());
+}
+
+void GlobalHotkeyServiceTest::aKeyThatIsLostAndComesAgainIsLoggedEachTime()
+{
+    const auto success = u"INFO Global hotkey registered (keyCode: 45, modifiers: 768)"_s;
+    const auto loss = u"ERROR Failed to register hotkey: -4"_s;
+    m_service->registerHotkey(45, 768, count());
+    m_grabber->fail(KeyGrabber::serviceLost);
+    m_grabber->giveLate();
+    m_grabber->press();
+    QCOMPARE(m_presses, 1);
+    m_grabber->fail(KeyGrabber::serviceLost);
+    QCOMPARE(m_log->lines, (QStringList{success, loss, success, loss}));
+    m_grabber->giveLate();
+    m_grabber->giveLate(); // Said once is enough.
+    QCOMPARE(m_log->lines, (QStringList{success, loss, success, loss, success}));
+    m_grabber->calls.clear();
+    m_service->unregister();
+    QCOMPARE(m_grabber->calls, (QStringList{u"ungrab"_s, u"uninstall"_s}));
+}
+
+void GlobalHotkeyServiceTest::aKeyThatIsLostAndThenRefusedIsLoggedTwice()
+{
+    m_service->registerHotkey(45, 768, count());
+    m_grabber->fail(KeyGrabber::serviceLost);
+    m_grabber->fail(1);
+    m_grabber->fail(1);
+    QCOMPARE(m_log->messages(SystemLog::Level::error),
+             (QStringList{u"Failed to register hotkey: -4"_s, u"Failed to register hotkey: 1"_s}));
+}
+
+void GlobalHotkeyServiceTest::aKeyThatComesAfterARegistrationThatWasGivenUpIsNotLogged()
+{
+    m_service->registerHotkey(45, 768, count());
+    m_grabber->fail(KeyGrabber::serviceLost);
+    m_service->unregister();
+    m_log->lines.clear();
+    m_grabber->giveLate();
     m_grabber->fail(1);
     QCOMPARE(m_log->lines, QStringList());
 }

@@ -96,6 +96,7 @@ int PortalKeyGrabber::grab(quint32 keyCode, quint32 modifiers)
 {
     ungrab();
     m_isWanted = true;
+    m_hasFailed = false;
     m_keyCode = keyCode;
     m_modifiers = modifiers;
     createSession();
@@ -109,6 +110,12 @@ void PortalKeyGrabber::ungrab()
         m_request->close();
     dropRequest();
     closeSession();
+}
+
+void PortalKeyGrabber::fail(int status)
+{
+    m_hasFailed = true;
+    emit failed(status);
 }
 
 void PortalKeyGrabber::createSession()
@@ -129,7 +136,7 @@ void PortalKeyGrabber::handleSession(uint code, const QVariantMap &results)
     if (code != 0 || handle.isEmpty()) {
         m_isWanted = false;
         m_session.clear();
-        emit failed(code != 0 ? int(code) : int(notBound));
+        fail(code != 0 ? int(code) : int(notBound));
         return;
     }
     m_session = handle;
@@ -155,11 +162,14 @@ void PortalKeyGrabber::bindShortcuts()
 void PortalKeyGrabber::handleShortcuts(uint code, const QVariantMap &results)
 {
     dropRequest();
-    if (code == 0 && isBound(results))
+    if (code == 0 && isBound(results)) {
+        if (std::exchange(m_hasFailed, false))
+            emit grabbed();
         return;
+    }
     m_isWanted = false;
     closeSession();
-    emit failed(code != 0 ? int(code) : int(notBound));
+    fail(code != 0 ? int(code) : int(notBound));
 }
 
 PortalRequest *PortalKeyGrabber::newRequest(Answer answer)
@@ -169,7 +179,7 @@ PortalRequest *PortalKeyGrabber::newRequest(Answer answer)
     connect(m_request, &PortalRequest::failed, this, [this] {
         dropRequest();
         closeSession();
-        emit failed(notSupported);
+        fail(notSupported);
     });
     return m_request;
 }
@@ -213,7 +223,7 @@ void PortalKeyGrabber::handleClosed()
 {
     dropRequest();
     forgetSession();
-    emit failed(serviceLost);
+    fail(serviceLost);
 }
 
 /// With a portal go its sessions; the next one is asked again.
@@ -224,7 +234,7 @@ void PortalKeyGrabber::handleOwner(const QString &oldOwner, const QString &newOw
     if (!oldOwner.isEmpty() && !m_session.isEmpty()) {
         dropRequest();
         forgetSession();
-        emit failed(serviceLost);
+        fail(serviceLost);
     }
     if (m_isWanted && !newOwner.isEmpty() && m_session.isEmpty())
         createSession();

@@ -42,6 +42,7 @@ private:
 
     using Answer = void (PortalKeyGrabber::*)(uint code, const QVariantMap &results);
 
+    void fail(int status);
     void createSession();
     void handleSession(uint code, const QVariantMap &results);
     void bindShortcuts();
@@ -56,7 +57,8 @@ private:
     QDBusConnection m_bus;
     QDBusServiceWatcher m_portal;
     bool m_isInstalled = false;
-    bool m_isWanted = false; ///< From `grab` on, until the key is given back or the portal has said no.
+    bool m_isWanted = false;  ///< From `grab` on, until the key is given back or the portal has said no.
+    bool m_hasFailed = false; ///< Since `grab`, or since it was bound again.
     quint32 m_keyCode = 0;
     quint32 m_modifiers = 0;
     QPointer<PortalRequest> m_request; ///< The question that is open.

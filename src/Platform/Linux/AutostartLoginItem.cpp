@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
+#include <QStringList>
 
 namespace korvo {
 
@@ -17,6 +18,9 @@ namespace {
 
 constexpr qint64 maximumSize = qint64{1024} * 1024; // What is larger is no entry.
 const auto gnomeSwitch = "X-GNOME-Autostart-enabled"_ba;
+const auto mateSwitch = "X-MATE-Autostart-enabled"_ba;
+const auto onlyShowIn = "OnlyShowIn"_ba;
+const auto notShowIn = "NotShowIn"_ba;
 
 QString failure(const QString &path, const QString &reason)
 {
@@ -44,6 +48,37 @@ bool isTrue(const DesktopEntry &entry, const QByteArray &key)
 bool isFalse(const DesktopEntry &entry, const QByteArray &key)
 {
     return entry.value(key) == "false"_L1 || entry.value(key) == "0"_L1;
+}
+
+/// The desktops that a key of the entry names.
+QStringList desktopsOf(const DesktopEntry &entry, const QByteArray &key)
+{
+    return entry.value(key).value_or(QString()).split(u';', Qt::SkipEmptyParts);
+}
+
+/// Whether the present desktop is left out by the entry. The desktop has several names, the most fitting first, and the
+/// first that the entry names at all decides; the names are compared as they are written.
+bool isExcluded(const DesktopEntry &entry)
+{
+    const auto only = desktopsOf(entry, onlyShowIn);
+    const auto never = desktopsOf(entry, notShowIn);
+    const auto present = QString::fromLocal8Bit(qgetenv("XDG_CURRENT_DESKTOP")).split(u':', Qt::SkipEmptyParts);
+    for (const auto &name : present) {
+        if (only.contains(name))
+            return false;
+        if (never.contains(name))
+            return true;
+    }
+    return entry.value(onlyShowIn).has_value();
+}
+
+/// Drops the key that leaves the present desktop out; what is said of other desktops stays as long as it can.
+void includePresentDesktop(DesktopEntry &entry)
+{
+    if (isExcluded(entry))
+        entry.remove(notShowIn);
+    if (isExcluded(entry))
+        entry.remove(onlyShowIn);
 }
 
 } // namespace
@@ -94,6 +129,9 @@ std::optional<QString> AutostartLoginItem::registerItem()
     entry.setValue("Icon"_ba, u"com.korvo.app"_s);
     entry.setValue(gnomeSwitch, u"true"_s);
     entry.remove("Hidden"_ba);
+    if (entry.value(mateSwitch))
+        entry.setValue(mateSwitch, u"true"_s);
+    includePresentDesktop(entry);
     if (entry.value("TryExec"_ba))
         entry.setValue("TryExec"_ba, program()); // A former place of the program would switch the entry off.
 
@@ -123,7 +161,7 @@ LoginItem::Status AutostartLoginItem::status() const
         return Status::notFound;
 
     const DesktopEntry entry(file.readAll());
-    if (isTrue(entry, "Hidden"_ba) || isFalse(entry, gnomeSwitch))
+    if (isTrue(entry, "Hidden"_ba) || isFalse(entry, gnomeSwitch) || isFalse(entry, mateSwitch) || isExcluded(entry))
         return Status::disabled;
     const auto executable = executableOf(DesktopEntry::programOf(entry.value("Exec"_ba).value_or(QString())));
     const auto tryExec = entry.value("TryExec"_ba);

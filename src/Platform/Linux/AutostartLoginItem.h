@@ -7,8 +7,8 @@
 namespace korvo {
 
 /// An entry in the user's autostart folder, which every freedesktop.org session reads at login. What the user has added
-/// to the entry stays in it. Source: Desktop Application Autostart Specification 0.5, and the key by which GNOME's
-/// settings switch an entry off.
+/// to the entry stays in it. Source: Desktop Application Autostart Specification 0.5, and the keys by which GNOME's
+/// and MATE's settings switch an entry off.
 class AutostartLoginItem final : public LoginItem {
 public:
     /// `configFolder` is the user's configuration folder, `program` the absolute path of the executable; that of the
