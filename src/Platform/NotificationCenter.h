@@ -8,7 +8,7 @@ namespace korvo {
 struct Notification {
     QString identifier; ///< Of this notification alone.
     QString title;
-    QString body; ///< Plain text.
+    QString body;                ///< Plain text.
     bool hasDefaultSound = true; ///< With the desktop's own sound for messages.
 };
 
