@@ -19,14 +19,14 @@ Listener::Listener()
 
 void Listener::incomingConnection(qintptr descriptor)
 {
-    if (m_tls.isNull()) {
+    if (!m_tls) {
         auto socket = std::make_unique<QTcpSocket>();
         if (socket->setSocketDescriptor(descriptor))
             onConnection(socket.release());
         return;
     }
     auto socket = std::make_unique<QSslSocket>();
-    socket->setSslConfiguration(m_tls);
+    socket->setSslConfiguration(*m_tls);
     if (!socket->setSocketDescriptor(descriptor))
         return;
     QSslSocket *tlsSocket = socket.get();

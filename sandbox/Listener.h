@@ -7,6 +7,8 @@
 
 class QTcpSocket;
 
+#include <optional>
+
 namespace korvo::sandbox {
 
 /// Accepts connections, with TLS if it was given a configuration, and hands each on before its handshake.
@@ -24,7 +26,7 @@ protected:
     void incomingConnection(qintptr descriptor) override;
 
 private:
-    QSslConfiguration m_tls;
+    std::optional<QSslConfiguration> m_tls; ///< Made with the first need: Qt wants an application object for it.
 };
 
 } // namespace korvo::sandbox
