@@ -5,10 +5,12 @@
 #include "XDesktop.h"
 
 #include <QAbstractNativeEventFilter>
-#include <QGuiApplication>
+#include <QApplication>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
+#include <QWidget>
 
 #include <cstdlib>
 #include <memory>
@@ -69,6 +71,8 @@ private slots:
     void cleanup();
     void cleanupTestCase();
 
+    void everyCombinationOfCapsNumAndScrollLockFires_data();
+    void everyCombinationOfCapsNumAndScrollLockFires();
     void aPressFiresWhateverHasTheFocus_data();
     void aPressFiresWhateverHasTheFocus();
     void modifiersAreThoseOfTheMac_data();
@@ -94,6 +98,8 @@ private slots:
     void theGrabFollowsModifiersThatMove();
     void aRenewalThatAnotherProgramPreventsIsLogged();
     void theCallbackMayGiveTheKeyBack();
+    void theCallbackMayShowAPopupThatGrabsTheKeyboard_data();
+    void theCallbackMayShowAPopupThatGrabsTheKeyboard();
 
 private:
     bool firesBeforeLong(const QString &keys);
@@ -124,6 +130,7 @@ void X11KeyGrabberTest::cleanup()
     if (QTest::currentTestFailed())
         releaseKeys(u"super+shift+n"_s); // It may have stopped while it held them.
     setDetectableRepeat(true);
+    QVERIFY(run(u"xset"_s, {u"r"_s, u"on"_s}));
     m_other->lock(xmod::none);
     m_presses.reset();
     m_grabber.reset();
@@ -158,6 +165,35 @@ bool X11KeyGrabberTest::startWindowManager(const QString &name)
         m_windowManager->start(name.toLower(), {u"--replace"_s});
     }
     return QTest::qWaitFor([&] { return m_other->windowManager() == name.toUtf8(); }, 20000);
+}
+
+void X11KeyGrabberTest::everyCombinationOfCapsNumAndScrollLockFires_data()
+{
+    QTest::addColumn<quint16>("locks");
+    for (int subset = 0; subset < 8; ++subset) {
+        QByteArrayList names;
+        quint16 locks = xmod::none;
+        const auto add = [&](int bit, const char *name, quint16 modifier) {
+            if (subset & bit) {
+                names.append(name);
+                locks |= modifier;
+            }
+        };
+        add(1, "Caps Lock", xmod::capsLock);
+        add(2, "Num Lock", xmod::numLock);
+        add(4, "Scroll Lock", xmod::unused);
+        QTest::newRow(names.isEmpty() ? "no lock" : names.join(" and ").constData()) << locks;
+    }
+}
+
+void X11KeyGrabberTest::everyCombinationOfCapsNumAndScrollLockFires()
+{
+    QFETCH(quint16, locks);
+    QVERIFY(run(u"xmodmap"_s, {u"-e"_s, u"add mod3 = Scroll_Lock"_s}));
+    QCOMPARE(m_grabber->grab(macN, commandShift), 0);
+    m_other->lock(locks);
+    QVERIFY(typeKeys(u"super+shift+n"_s));
+    QTRY_COMPARE(m_presses->count(), 1);
 }
 
 void X11KeyGrabberTest::aPressFiresWhateverHasTheFocus_data()
@@ -463,6 +499,40 @@ void X11KeyGrabberTest::theCallbackMayGiveTheKeyBack()
     QVERIFY(typeKeys(u"super+shift+n"_s));
     QTRY_COMPARE(calls, 1);
     QCOMPARE(m_other->grab(xN, xmod::super | xmod::shift), 0);
+}
+
+void X11KeyGrabberTest::theCallbackMayShowAPopupThatGrabsTheKeyboard_data()
+{
+    QTest::addColumn<bool>("isClosedWhileHeld");
+    QTest::newRow("that gets the release") << false;
+    QTest::newRow("that is closed before the release") << true;
+}
+
+void X11KeyGrabberTest::theCallbackMayShowAPopupThatGrabsTheKeyboard()
+{
+    QFETCH(bool, isClosedWhileHeld);
+    QVERIFY(m_other->showFocusedWindow());
+    QVERIFY(run(u"xset"_s, {u"r"_s, u"off"_s})); // Else a repeat would take the keyboard back.
+    QWidget popup(nullptr, Qt::Popup);
+    QCOMPARE(m_grabber->grab(macN, commandShift), 0);
+    connect(m_grabber.get(), &KeyGrabber::pressed, &popup, &QWidget::show);
+    QVERIFY(holdKeys(u"super+shift+n"_s));
+    QTRY_VERIFY(popup.isVisible());
+    QVERIFY(QTest::qWaitForWindowExposed(&popup));
+    if (isClosedWhileHeld)
+        popup.hide();
+    QCoreApplication::processEvents();
+    QVERIFY(releaseKeys(u"super+shift+n"_s));
+    if (isClosedWhileHeld) {
+        // Nobody tells us of that release. The grabber looks every 50 ms, and these timers go off in turns.
+        QTimer timer;
+        const QSignalSpy ticks(&timer, &QTimer::timeout);
+        timer.start(60);
+        QTRY_VERIFY(ticks.count() > 4);
+    }
+    popup.hide();
+    QVERIFY(typeKeys(u"super+shift+n"_s));
+    QTRY_COMPARE(m_presses->count(), 2);
 }
 
 QTEST_MAIN(X11KeyGrabberTest)

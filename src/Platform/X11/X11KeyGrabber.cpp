@@ -89,9 +89,11 @@ void X11KeyGrabber::uninstall()
 {
     if (!m_connection)
         return;
-    ungrab();
-    if (qApp)
+    if (qApp) {
+        ungrab();
         qApp->removeNativeEventFilter(this);
+    }
+    m_grab.reset(); // Without an application its connection is closed, and the key given back with it.
     m_connection = nullptr;
 }
 
@@ -113,7 +115,7 @@ int X11KeyGrabber::grab(quint32 keyCode, quint32 modifiers)
     // Whoever has just chosen the shortcut may still hold it down: the repeats of that press are no press.
     m_isDown = isKeyDown();
     if (m_isDown)
-        m_releaseWatch.start();
+        startReleaseWatch();
     return ok;
 }
 
@@ -194,10 +196,18 @@ bool X11KeyGrabber::isKeyDown() const
     return reply && (reply->keys[m_grab->key / 8] & (1 << (m_grab->key % 8))) != 0;
 }
 
-/// The release of a press from before the grab goes to whom the press went to, not to us.
+/// For releases that do not come to us: that of a press from before the grab, or from before our own window gave the
+/// keyboard up.
+void X11KeyGrabber::startReleaseWatch()
+{
+    m_wasUp = false;
+    m_releaseWatch.start();
+}
+
+/// Repeats that the server sent before the release may still wait behind this timer, so the key has to be up twice.
 void X11KeyGrabber::watchRelease()
 {
-    if (isKeyDown())
+    if (!std::exchange(m_wasUp, !isKeyDown()) || !m_wasUp)
         return;
     m_releaseWatch.stop();
     m_isDown = false;
@@ -229,6 +239,7 @@ bool X11KeyGrabber::handlePress(const xcb_key_press_event_t &event)
     // A held key repeats as presses alone, or as releases and presses at the same instant.
     const bool isRepeat = m_isDown || (m_releaseTime != 0 && event.time == m_releaseTime);
     m_isDown = true;
+    startReleaseWatch();
     if (!isRepeat)
         emit pressed(); // The last thing: who is told may give the key back.
     return true;
@@ -236,11 +247,13 @@ bool X11KeyGrabber::handlePress(const xcb_key_press_event_t &event)
 
 bool X11KeyGrabber::handleRelease(const xcb_key_press_event_t &event)
 {
-    if (event.detail != m_grab->key || !rootsOf(m_connection).contains(event.event))
+    if (event.detail != m_grab->key)
         return false;
+    // Whatever window of ours it comes to: a menu that was opened at the press grabs the keyboard for itself.
     m_isDown = false;
+    m_releaseWatch.stop();
     m_releaseTime = event.time;
-    return true;
+    return rootsOf(m_connection).contains(event.event);
 }
 
 } // namespace korvo

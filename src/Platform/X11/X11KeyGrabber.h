@@ -41,6 +41,7 @@ private:
     void giveBack(const Grab &grab, const Grab *except = nullptr);
     Grab currentGrab() const;
     void renew();
+    void startReleaseWatch();
     void watchRelease();
     bool isKeyDown() const;
 
@@ -50,6 +51,7 @@ private:
     quint32 m_modifiers = 0;
     std::optional<Grab> m_grab;
     bool m_isDown = false;
+    bool m_wasUp = false;      ///< As the watch last saw the key.
     quint32 m_releaseTime = 0; ///< In milliseconds of the server's clock.
     QTimer m_renewal;
     QTimer m_releaseWatch;
