@@ -4,10 +4,9 @@
 #include <QTcpServer>
 
 #include <functional>
+#include <optional>
 
 class QTcpSocket;
-
-#include <optional>
 
 namespace korvo::sandbox {
 
