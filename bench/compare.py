@@ -15,7 +15,7 @@ import urllib.request
 HERE = os.path.dirname(os.path.abspath(__file__))
 BUILD = os.path.abspath(sys.argv[1])
 QUICK = "--quick" in sys.argv
-RUNS, SETTLE, IDLE = ("2", "8", "10") if QUICK else ("7", "20", "60")
+RUNS, SETTLE, IDLE = ("3", "10", "25") if QUICK else ("7", "20", "60")
 
 
 def measure(name, *command):
