@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <optional>
+#include <utility>
 
 class QTcpSocket;
 
@@ -19,13 +20,13 @@ public:
     /// Given each accepted socket, which the receiver then owns.
     std::function<void(QTcpSocket *)> onConnection;
 
-    void setTls(const QSslConfiguration &configuration) { m_tls = configuration; }
+    void setTls(std::optional<QSslConfiguration> configuration) { m_tls = std::move(configuration); } ///< None: plain.
 
 protected:
     void incomingConnection(qintptr descriptor) override;
 
 private:
-    std::optional<QSslConfiguration> m_tls; ///< Made with the first need: Qt wants an application object for it.
+    std::optional<QSslConfiguration> m_tls; ///< None at first: Qt wants an application object for one.
 };
 
 } // namespace korvo::sandbox

@@ -191,7 +191,7 @@ bool SandboxServer::listen(quint16 port, bool tls)
 {
     d->error.clear();
     d->caFile.clear();
-    d->listener.setTls({});
+    d->listener.setTls(std::nullopt);
     if (tls && !d->prepareTls())
         return false;
     if (!d->listener.listen(QHostAddress::LocalHost, port)) {
