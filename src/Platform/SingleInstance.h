@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QObject>
+
+namespace korvo {
+
+/// Keeps a session to one running program.
+class SingleInstance : public QObject {
+    Q_OBJECT
+public:
+    using QObject::QObject;
+
+    /// True if this process is the session's only one, or if nobody can tell. Otherwise the other one has been asked to
+    /// show itself, and this one should end.
+    virtual bool claim() = 0;
+
+signals:
+    /// The program was started once more.
+    void activationRequested();
+};
+
+} // namespace korvo
