@@ -1,6 +1,8 @@
 #include "Platform/Desktop/DesktopKeyGrabber.h"
+#include "Platform/Freedesktop/BusSingleInstance.h"
 #include "Platform/Freedesktop/DesktopNotifications.h"
 #include "Platform/Freedesktop/JournalLog.h"
+#include "Platform/Freedesktop/TaskBarTile.h"
 #include "Platform/Freedesktop/TrayStatusItem.h"
 #include "Platform/KeyGrabber.h"
 #include "Platform/Linux/AutostartLoginItem.h"
@@ -10,6 +12,8 @@
 #include "Platform/Linux/QtScreens.h"
 #include "Platform/Linux/SignalLog.h"
 #include "Platform/Platform.h"
+#include "Platform/X11/X11MouseMonitor.h"
+#include "Platform/X11/X11Panel.h"
 #include "Platform/X11/XkbKeyboardLayout.h"
 
 #include <QtGlobal>
@@ -36,8 +40,12 @@ public:
     const KeyboardLayout &keyboardLayout() override { return m_keyboardLayout; }
     LoginItem &loginItem() override { return m_loginItem; }
     NotificationCenter &notificationCenter() override { return m_notificationCenter; }
+    SingleInstance &singleInstance() override { return m_singleInstance; }
+    DockTile &dockTile() override { return m_dockTile; }
     std::unique_ptr<StatusItem> makeStatusItem() override { return std::make_unique<TrayStatusItem>(); }
     std::unique_ptr<KeyGrabber> makeKeyGrabber() override { return makeDesktopKeyGrabber(); }
+    std::unique_ptr<Panel> makePanel(const PanelStyle &style) override { return std::make_unique<X11Panel>(style); }
+    std::unique_ptr<MouseMonitor> makeMouseMonitor() override { return std::make_unique<X11MouseMonitor>(); }
     void setSignalHandler(void (*handler)(int signal)) override { SignalLog::install(handler); }
     void setExceptionHandler(void (*handler)(const UncaughtException &exception)) override
     {
@@ -52,6 +60,8 @@ private:
     XkbKeyboardLayout m_keyboardLayout;
     AutostartLoginItem m_loginItem;
     DesktopNotifications m_notificationCenter;
+    BusSingleInstance m_singleInstance;
+    TaskBarTile m_dockTile;
 };
 
 /// Windows can't place themselves under Wayland: there the program runs through XWayland, unless the user says otherwise.

@@ -1,0 +1,1 @@
+#include "Platform/X11/X11Panel.h"
