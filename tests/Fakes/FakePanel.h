@@ -13,11 +13,13 @@ namespace korvo {
 class FakePanel final : public Panel {
 public:
     explicit FakePanel(const PanelStyle &panelStyle = {}) : style(panelStyle) { }
+    ~FakePanel() override { window.deleteLater(); } // Not at once: the content may be what asked for it.
 
     void setContent(std::unique_ptr<QWidget> newContent) override
     {
         calls.append(QStringLiteral("setContent"));
-        delete content.data();
+        if (content)
+            content->deleteLater();
         content = newContent.release();
         if (!content)
             return;
@@ -52,7 +54,7 @@ public:
     bool isVisible() const override { return m_isVisible; }
 
     const PanelStyle style;
-    QWidget window; ///< Holds the content, and is never shown.
+    QWidget &window = *new QWidget; ///< Holds the content, and is never shown.
     QPointer<QWidget> content;
     QRect frame;
     QList<QRect> frames; ///< Of each call, in order.
