@@ -16,6 +16,7 @@
 #include "Platform/X11/X11Panel.h"
 #include "Platform/X11/XkbKeyboardLayout.h"
 
+#include <QPointer>
 #include <QtGlobal>
 
 #include <csignal>
@@ -42,10 +43,23 @@ public:
     NotificationCenter &notificationCenter() override { return m_notificationCenter; }
     SingleInstance &singleInstance() override { return m_singleInstance; }
     DockTile &dockTile() override { return m_dockTile; }
-    std::unique_ptr<StatusItem> makeStatusItem() override { return std::make_unique<TrayStatusItem>(); }
+    std::unique_ptr<StatusItem> makeStatusItem() override
+    {
+        auto item = std::make_unique<TrayStatusItem>();
+        m_statusItem = item.get();
+        return item;
+    }
     std::unique_ptr<KeyGrabber> makeKeyGrabber() override { return makeDesktopKeyGrabber(); }
     std::unique_ptr<Panel> makePanel(const PanelStyle &style) override { return std::make_unique<X11Panel>(style); }
-    std::unique_ptr<MouseMonitor> makeMouseMonitor() override { return std::make_unique<X11MouseMonitor>(); }
+    std::unique_ptr<MouseMonitor> makeMouseMonitor() override
+    {
+        auto monitor = std::make_unique<X11MouseMonitor>();
+        if (m_statusItem) {
+            QObject::connect(m_statusItem, &StatusItem::activated, monitor.get(), &X11MouseMonitor::forgetPressOnBar);
+            QObject::connect(m_statusItem, &StatusItem::menuOpened, monitor.get(), &X11MouseMonitor::forgetPressOnBar);
+        }
+        return monitor;
+    }
     void setSignalHandler(void (*handler)(int signal)) override { SignalLog::install(handler); }
     void setExceptionHandler(void (*handler)(const UncaughtException &exception)) override
     {
@@ -62,6 +76,7 @@ private:
     DesktopNotifications m_notificationCenter;
     BusSingleInstance m_singleInstance;
     TaskBarTile m_dockTile;
+    QPointer<StatusItem> m_statusItem; ///< The last one that was made.
 };
 
 /// Windows can't place themselves under Wayland: there the program runs through XWayland, unless the user says otherwise.

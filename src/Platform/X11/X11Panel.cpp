@@ -4,13 +4,14 @@
 #include "Platform/X11/X11Connection.h"
 
 #include <QEvent>
+#include <QImage>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QRegion>
 #include <QTransform>
 #include <QWidget>
 
-#include <limits>
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -35,15 +36,40 @@ QRegion inside(const QRegion &region, int distance)
         & region.translated(0, -distance);
 }
 
-std::vector<xcb_rectangle_t> rectanglesOf(const QRegion &region)
+/// The pixels of which `shape` covers the greater part, as far as they are in a window of `size`, in bands of equal rows.
+std::vector<xcb_rectangle_t> rectanglesOf(const QPainterPath &shape, const QSize &size)
 {
-    constexpr int largest = std::numeric_limits<qint16>::max();
+    QImage coverage(size, QImage::Format_Alpha8);
+    coverage.fill(0);
+    QPainter painter(&coverage);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillPath(shape, Qt::black);
+    painter.end();
+
     std::vector<xcb_rectangle_t> rectangles;
-    for (const QRect &all : region) {
-        const QRect one = all & QRect(0, 0, largest, largest);
-        if (!one.isEmpty())
-            rectangles.push_back({qint16(one.x()), qint16(one.y()), quint16(one.width()), quint16(one.height())});
+    std::vector<xcb_rectangle_t> band; // The rectangles of the rows above that are alike.
+    for (int y = 0; y < coverage.height(); ++y) {
+        const uchar *const line = coverage.constScanLine(y);
+        std::vector<xcb_rectangle_t> row;
+        for (int x = 0; x < coverage.width(); ++x) {
+            if (line[x] < 128)
+                continue;
+            const int first = x;
+            while (x < coverage.width() && line[x] >= 128)
+                ++x;
+            row.push_back({qint16(first), qint16(y), quint16(x - first), 1});
+        }
+        const bool isAlike = std::ranges::equal(
+            row, band, [](const auto &one, const auto &other) { return one.x == other.x && one.width == other.width; });
+        if (isAlike) {
+            for (auto &one : band)
+                ++one.height;
+        } else {
+            rectangles.insert(rectangles.end(), band.begin(), band.end());
+            band = std::move(row);
+        }
     }
+    rectangles.insert(rectangles.end(), band.begin(), band.end());
     return rectangles;
 }
 
@@ -223,7 +249,8 @@ void X11Panel::applyNativeShape()
         return;
     const auto id = xcb_window_t(m_window->internalWinId());
     const double scale = m_window->devicePixelRatioF();
-    const auto shape = rectanglesOf(regionOf(QTransform::fromScale(scale, scale).map(shapeInWindow())));
+    const auto shape = rectanglesOf(QTransform::fromScale(scale, scale).map(shapeInWindow()),
+                                    (QSizeF(m_window->size()) * scale).toSize());
     const auto set = [&](xcb_shape_kind_t kind) {
         xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_UNSORTED, id, 0, 0,
                              quint32(shape.size()), shape.data());
