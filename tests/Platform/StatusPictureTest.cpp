@@ -232,12 +232,10 @@ void StatusPictureTest::drawingAPictureWakesNoThreads()
                                painter.setPen(QPen(QColor(255, 0, 0, 50), 2.5)); // What is opaque is filled at once.
                                painter.drawEllipse(QPointF(9, 9), 6.5, 6.5);
                            }};
-    StatusImage asTemplate = ring;
-    asTemplate.isTemplate = true;
     const auto threads = QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const int side : statusPictureSizes) {
         renderStatusImage(ring, side, Backdrop::dark);
-        renderStatusImage(asTemplate, side, Backdrop::unknown);
+        renderStatusImage(disc(), side, Backdrop::unknown);
     }
     QCOMPARE(QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot), threads);
 }
