@@ -9,14 +9,19 @@
 namespace korvo {
 
 class Clock;
+class DockTile;
 class KeyGrabber;
 class KeyboardLayout;
 class LoginItem;
+class MouseMonitor;
 class NotificationCenter;
+class Panel;
 class Screens;
+class SingleInstance;
 class StatusItem;
 class SystemLog;
 class UserDefaults;
+struct PanelStyle;
 
 /// An exception that nobody caught.
 struct UncaughtException {
@@ -37,8 +42,12 @@ public:
     virtual const KeyboardLayout &keyboardLayout() = 0;
     virtual LoginItem &loginItem() = 0;
     virtual NotificationCenter &notificationCenter() = 0;
+    virtual SingleInstance &singleInstance() = 0;
+    virtual DockTile &dockTile() = 0;
     virtual std::unique_ptr<StatusItem> makeStatusItem() = 0;
     virtual std::unique_ptr<KeyGrabber> makeKeyGrabber() = 0;
+    virtual std::unique_ptr<Panel> makePanel(const PanelStyle &style) = 0;
+    virtual std::unique_ptr<MouseMonitor> makeMouseMonitor() = 0;
 
     /// Calls `handler` on whatever thread receives one of the signals SIGTERM, SIGINT and SIGABRT, with its number; the
     /// program then goes on where the system lets it.

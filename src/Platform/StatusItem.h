@@ -43,6 +43,8 @@ public:
 signals:
     /// A click. `button` is the item's place on the screen in logical pixels, as near as the desktop tells.
     void activated(const QRect &button);
+    /// Somebody is about to see the menu.
+    void menuOpened();
     void isShownChanged();
 };
 

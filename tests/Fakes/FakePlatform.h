@@ -1,11 +1,15 @@
 #pragma once
 
 #include "Fakes/FakeClock.h"
+#include "Fakes/FakeDockTile.h"
 #include "Fakes/FakeKeyGrabber.h"
 #include "Fakes/FakeKeyboardLayout.h"
 #include "Fakes/FakeLoginItem.h"
+#include "Fakes/FakeMouseMonitor.h"
 #include "Fakes/FakeNotificationCenter.h"
+#include "Fakes/FakePanel.h"
 #include "Fakes/FakeScreens.h"
+#include "Fakes/FakeSingleInstance.h"
 #include "Fakes/FakeStatusItem.h"
 #include "Fakes/FakeSystemLog.h"
 #include "Fakes/FakeUserDefaults.h"
@@ -27,6 +31,8 @@ public:
     const KeyboardLayout &keyboardLayout() override { return fakeKeyboardLayout; }
     LoginItem &loginItem() override { return fakeLoginItem; }
     NotificationCenter &notificationCenter() override { return fakeNotifications; }
+    SingleInstance &singleInstance() override { return fakeSingleInstance; }
+    DockTile &dockTile() override { return fakeDockTile; }
     std::unique_ptr<StatusItem> makeStatusItem() override
     {
         auto item = std::make_unique<FakeStatusItem>();
@@ -39,6 +45,19 @@ public:
         keyGrabber = grabber.get();
         return grabber;
     }
+    std::unique_ptr<Panel> makePanel(const PanelStyle &style) override
+    {
+        auto made = std::make_unique<FakePanel>(style);
+        panel = made.get();
+        ++panelCount;
+        return made;
+    }
+    std::unique_ptr<MouseMonitor> makeMouseMonitor() override
+    {
+        auto monitor = std::make_unique<FakeMouseMonitor>();
+        mouseMonitor = monitor.get();
+        return monitor;
+    }
     void setSignalHandler(void (*handler)(int)) override { signalHandler = handler; }
     void setExceptionHandler(void (*handler)(const UncaughtException &)) override { exceptionHandler = handler; }
 
@@ -49,8 +68,13 @@ public:
     FakeKeyboardLayout fakeKeyboardLayout;
     FakeLoginItem fakeLoginItem;
     FakeNotificationCenter fakeNotifications;
+    FakeSingleInstance fakeSingleInstance;
+    FakeDockTile fakeDockTile;
     QPointer<FakeStatusItem> statusItem;
     QPointer<FakeKeyGrabber> keyGrabber;
+    QPointer<FakePanel> panel; ///< The last one that was made.
+    int panelCount = 0;        ///< How many have been made.
+    QPointer<FakeMouseMonitor> mouseMonitor;
     void (*signalHandler)(int) = nullptr;
     void (*exceptionHandler)(const UncaughtException &) = nullptr;
 };

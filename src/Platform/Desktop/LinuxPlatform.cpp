@@ -1,6 +1,8 @@
 #include "Platform/Desktop/DesktopKeyGrabber.h"
+#include "Platform/Freedesktop/BusSingleInstance.h"
 #include "Platform/Freedesktop/DesktopNotifications.h"
 #include "Platform/Freedesktop/JournalLog.h"
+#include "Platform/Freedesktop/TaskBarTile.h"
 #include "Platform/Freedesktop/TrayStatusItem.h"
 #include "Platform/KeyGrabber.h"
 #include "Platform/Linux/AutostartLoginItem.h"
@@ -10,8 +12,11 @@
 #include "Platform/Linux/QtScreens.h"
 #include "Platform/Linux/SignalLog.h"
 #include "Platform/Platform.h"
+#include "Platform/X11/X11MouseMonitor.h"
+#include "Platform/X11/X11Panel.h"
 #include "Platform/X11/XkbKeyboardLayout.h"
 
+#include <QPointer>
 #include <QtGlobal>
 
 #include <csignal>
@@ -42,8 +47,25 @@ public:
     const KeyboardLayout &keyboardLayout() override { return m_keyboardLayout; }
     LoginItem &loginItem() override { return m_loginItem; }
     NotificationCenter &notificationCenter() override { return m_notificationCenter; }
-    std::unique_ptr<StatusItem> makeStatusItem() override { return std::make_unique<TrayStatusItem>(); }
+    SingleInstance &singleInstance() override { return m_singleInstance; }
+    DockTile &dockTile() override { return m_dockTile; }
+    std::unique_ptr<StatusItem> makeStatusItem() override
+    {
+        auto item = std::make_unique<TrayStatusItem>();
+        m_statusItem = item.get();
+        return item;
+    }
     std::unique_ptr<KeyGrabber> makeKeyGrabber() override { return makeDesktopKeyGrabber(); }
+    std::unique_ptr<Panel> makePanel(const PanelStyle &style) override { return std::make_unique<X11Panel>(style); }
+    std::unique_ptr<MouseMonitor> makeMouseMonitor() override
+    {
+        auto monitor = std::make_unique<X11MouseMonitor>();
+        if (m_statusItem) {
+            QObject::connect(m_statusItem, &StatusItem::activated, monitor.get(), &X11MouseMonitor::forgetPressOnBar);
+            QObject::connect(m_statusItem, &StatusItem::menuOpened, monitor.get(), &X11MouseMonitor::forgetPressOnBar);
+        }
+        return monitor;
+    }
     void setSignalHandler(void (*handler)(int signal)) override { SignalLog::install(handler); }
     void setExceptionHandler(void (*handler)(const UncaughtException &exception)) override
     {
@@ -58,6 +80,9 @@ private:
     XkbKeyboardLayout m_keyboardLayout;
     AutostartLoginItem m_loginItem;
     DesktopNotifications m_notificationCenter;
+    BusSingleInstance m_singleInstance;
+    TaskBarTile m_dockTile;
+    QPointer<StatusItem> m_statusItem; ///< The last one that was made.
 };
 
 /// Windows can't place themselves under Wayland: there the program runs through XWayland, unless the user says otherwise.

@@ -357,10 +357,12 @@ QDBusMessage DBusMenu::answer(const QDBusMessage &call)
     if (member == "AboutToShow"_L1 && signature == "i"_L1) {
         if (!isKnown(arguments[0].toInt()))
             return badArguments(call, u"No such menu entry"_s);
+        emit opened();
         return call.createReply(false); // Every change has been told already.
     }
     if (member == "AboutToShowGroup"_L1 && signature == "ai"_L1) {
         auto ids = qdbus_cast<QList<int>>(arguments[0]);
+        emit opened();
         ids.removeIf([this](int id) { return isKnown(id); });
         return call.createReply({QVariant::fromValue(QList<int>()), QVariant::fromValue(ids)});
     }
@@ -373,6 +375,8 @@ bool DBusMenu::receiveEvent(int id, const QString &event)
 {
     if (!isKnown(id))
         return false;
+    if (id == 0 && event == "opened"_L1)
+        emit opened();
     if (id > 0 && event == "clicked"_L1) {
         const StatusMenuEntry &entry = m_entries[id - 1];
         if (entry.isEnabled && entry.action)

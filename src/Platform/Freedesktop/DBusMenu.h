@@ -27,6 +27,10 @@ public:
     QString introspect(const QString &path) const override;
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;
 
+signals:
+    /// A tray is about to show the menu, or says that it does.
+    void opened();
+
 private:
     QDBusMessage answer(const QDBusMessage &call);
     QDBusMessage property(const QDBusMessage &call) const;

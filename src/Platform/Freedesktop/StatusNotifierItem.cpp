@@ -62,6 +62,7 @@ StatusNotifierItem::StatusNotifierItem(QObject *parent) : StatusItem(parent)
     connect(&m_bus->object, &StatusNotifierObject::activateRequested, this,
             [this](const QPoint &hint) { emit activated(statusButton(hint)); });
     connect(&m_bus->object, &StatusNotifierObject::contextMenuRequested, this, &StatusNotifierItem::openMenu);
+    connect(&m_bus->menu, &DBusMenu::opened, this, &StatusItem::menuOpened);
     connect(&m_bus->registration, &StatusNotifierRegistration::indicatorServicesChanged, this,
             [this] { m_bus->object.setFileReaders(m_bus->registration.indicatorServices()); });
     connect(&m_bus->registration, &StatusNotifierRegistration::stateChanged, this, &StatusNotifierItem::followState);
@@ -112,6 +113,7 @@ void StatusNotifierItem::followState()
 /// For trays that know no menus: they ask the program to open its own.
 void StatusNotifierItem::openMenu(const QPoint &hint)
 {
+    emit menuOpened();
     if (!m_popup)
         m_popup = std::make_unique<QMenu>();
     fillStatusMenu(*m_popup, m_menu);

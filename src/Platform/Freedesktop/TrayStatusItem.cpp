@@ -19,6 +19,7 @@ TrayStatusItem::TrayStatusItem(MakeItem makeFallback, QObject *parent) :
     m_patience.setInterval(patience);
     connect(&m_patience, &QTimer::timeout, this, &TrayStatusItem::fallBack);
     connect(m_notifier.get(), &StatusItem::activated, this, &StatusItem::activated);
+    connect(m_notifier.get(), &StatusItem::menuOpened, this, &StatusItem::menuOpened);
     connect(m_notifier.get(), &StatusNotifierItem::stateChanged, this, &TrayStatusItem::followNotifier);
     followNotifier(); // With no bus there will be no signal.
 }
@@ -97,6 +98,7 @@ void TrayStatusItem::fallBack()
     m_fallback->setToolTip(m_headline, m_text);
     m_fallback->setMenu(m_menu);
     connect(m_fallback.get(), &StatusItem::activated, this, &StatusItem::activated);
+    connect(m_fallback.get(), &StatusItem::menuOpened, this, &StatusItem::menuOpened);
     connect(m_fallback.get(), &StatusItem::isShownChanged, this, &TrayStatusItem::updateShown);
     updateShown();
 }

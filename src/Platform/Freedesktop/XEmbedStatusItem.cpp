@@ -79,6 +79,7 @@ private:
 XEmbedStatusItem::XEmbedStatusItem(QObject *parent) : StatusItem(parent), m_face(std::make_shared<Face>())
 {
     connect(&m_icon, &QSystemTrayIcon::activated, this, &XEmbedStatusItem::receiveClick);
+    connect(&m_menu, &QMenu::aboutToShow, this, &StatusItem::menuOpened);
     m_icon.setContextMenu(&m_menu);
     m_settled.setSingleShot(true);
     m_settled.setInterval(settleTime);

@@ -1,0 +1,266 @@
+#include "Platform/X11/X11Panel.h"
+
+#include "Platform/X11/PanelShadow.h"
+#include "Platform/X11/X11Connection.h"
+
+#include <QEvent>
+#include <QImage>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QRegion>
+#include <QTransform>
+#include <QWidget>
+
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+#include <xcb/shape.h>
+
+namespace korvo {
+
+namespace {
+
+QRegion regionOf(const QPainterPath &path)
+{
+    QRegion region;
+    for (const QPolygonF &polygon : path.toFillPolygons())
+        region |= QRegion(polygon.toPolygon(), path.fillRule());
+    return region;
+}
+
+/// What of `region` is at least `distance` away from its edge.
+QRegion inside(const QRegion &region, int distance)
+{
+    return region & region.translated(distance, 0) & region.translated(-distance, 0) & region.translated(0, distance)
+        & region.translated(0, -distance);
+}
+
+/// The pixels of which `shape` covers the greater part, as far as they are in a window of `size`, in bands of equal rows.
+std::vector<xcb_rectangle_t> rectanglesOf(const QPainterPath &shape, const QSize &size)
+{
+    QImage coverage(size, QImage::Format_Alpha8);
+    coverage.fill(0);
+    QPainter painter(&coverage);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillPath(shape, Qt::black);
+    painter.end();
+
+    std::vector<xcb_rectangle_t> rectangles;
+    std::vector<xcb_rectangle_t> band; // The rectangles of the rows above that are alike.
+    for (int y = 0; y < coverage.height(); ++y) {
+        const uchar *const line = coverage.constScanLine(y);
+        std::vector<xcb_rectangle_t> row;
+        for (int x = 0; x < coverage.width(); ++x) {
+            if (line[x] < 128)
+                continue;
+            const int first = x;
+            while (x < coverage.width() && line[x] >= 128)
+                ++x;
+            row.push_back({qint16(first), qint16(y), quint16(x - first), 1});
+        }
+        const bool isAlike = std::ranges::equal(
+            row, band, [](const auto &one, const auto &other) { return one.x == other.x && one.width == other.width; });
+        if (isAlike) {
+            for (auto &one : band)
+                ++one.height;
+        } else {
+            rectangles.insert(rectangles.end(), band.begin(), band.end());
+            band = std::move(row);
+        }
+    }
+    rectangles.insert(rectangles.end(), band.begin(), band.end());
+    return rectangles;
+}
+
+} // namespace
+
+/// The edge of the panel: takes away what the content has painted outside of the shape, and puts the shadow there.
+class X11Panel::Rim final : public QWidget {
+public:
+    explicit Rim(QWidget *parent) : QWidget(parent)
+    {
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+        setAttribute(Qt::WA_NoSystemBackground);
+    }
+
+    void setShape(const QPainterPath &shape, bool hasShadow)
+    {
+        if (m_shape == shape && m_hasShadow == hasShadow && m_size == size())
+            return;
+        m_shape = shape;
+        m_hasShadow = hasShadow;
+        m_size = size();
+        m_shadow.reset();
+        // The toolkit paints it anew with all that changes under it, so it is only there where it has something to do.
+        setMask(QRegion(rect()) - inside(regionOf(shape), 2));
+        update();
+    }
+
+private:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        QPainterPath outside;
+        outside.setFillRule(Qt::OddEvenFill);
+        outside.addRect(rect());
+        outside.addPath(m_shape);
+        painter.setCompositionMode(QPainter::CompositionMode_DestinationOut);
+        painter.fillPath(outside, Qt::black);
+        if (!m_hasShadow)
+            return;
+        if (!m_shadow || m_shadow->devicePixelRatio() != devicePixelRatioF())
+            m_shadow = panelShadow(m_shape, size(), devicePixelRatioF());
+        painter.setCompositionMode(QPainter::CompositionMode_Plus);
+        painter.drawImage(QPointF(), *m_shadow);
+    }
+
+    QPainterPath m_shape;
+    QSize m_size; ///< For which the shape was set.
+    bool m_hasShadow = false;
+    std::optional<QImage> m_shadow; ///< Drawn when it is first needed.
+};
+
+class X11Panel::Window final : public QWidget {
+public:
+    explicit Window(X11Panel &panel) :
+        QWidget(nullptr,
+                Qt::Window | Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint | Qt::WindowStaysOnTopHint
+                    | Qt::WindowDoesNotAcceptFocus | Qt::NoDropShadowWindowHint),
+        m_panel(&panel)
+    {
+        setAttribute(Qt::WA_TranslucentBackground);
+        setAttribute(Qt::WA_ShowWithoutActivating);
+        setAttribute(Qt::WA_AlwaysShowToolTips);          // It is never the active one.
+        setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu); // For compositors, which treat windows by their type.
+        setAttribute(Qt::WA_QuitOnClose, false);
+    }
+
+    void leave() { m_panel = nullptr; }
+
+private:
+    bool event(QEvent *event) override
+    {
+        const bool isHandled = QWidget::event(event);
+        if (event->type() == QEvent::ScreenChangeInternal && m_panel)
+            m_panel->applyNativeShape(); // In device pixels, which may have another size now.
+        return isHandled;
+    }
+
+    X11Panel *m_panel;
+};
+
+X11Panel::X11Panel(const PanelStyle &style) : m_style(style), m_window(new Window(*this)), m_rim(new Rim(m_window))
+{
+    connect(&m_compositor, &CompositorWatch::isRunningChanged, this, &X11Panel::layOut);
+}
+
+X11Panel::~X11Panel()
+{
+    m_window->leave();
+    m_window->hide();
+    m_window->deleteLater();
+}
+
+void X11Panel::setContent(std::unique_ptr<QWidget> content)
+{
+    if (m_content) {
+        m_content->hide();
+        m_content->deleteLater();
+    }
+    m_content = content.release();
+    if (m_content) {
+        m_content->setParent(m_window);
+        m_content->setGeometry(QRect(m_frame.topLeft() - m_window->pos(), m_frame.size()));
+        m_content->show();
+    }
+    layOut();
+    m_rim->raise();
+}
+
+void X11Panel::setFrame(const QRect &frame)
+{
+    m_frame = frame;
+    layOut();
+}
+
+void X11Panel::setShape(const QPainterPath &shape)
+{
+    m_shape = shape;
+    applyShape();
+}
+
+void X11Panel::orderFront()
+{
+    if (!isVisible()) {
+        m_window->winId(); // The native window: it has its shape before anybody sees it.
+        layOut();
+        m_window->show();
+    }
+    m_window->raise();
+}
+
+void X11Panel::orderOut()
+{
+    m_window->hide();
+}
+
+bool X11Panel::isVisible() const
+{
+    return m_window->isVisible();
+}
+
+QMargins X11Panel::margins() const
+{
+    return m_style.hasShadow && m_compositor.isRunning() ? panelShadowMargins : QMargins();
+}
+
+QPainterPath X11Panel::shapeInWindow() const
+{
+    QPainterPath shape = m_shape;
+    if (shape.isEmpty())
+        shape.addRect(QRectF(QPointF(), m_frame.size()));
+    return shape.translated(margins().left(), margins().top());
+}
+
+void X11Panel::layOut()
+{
+    m_window->setGeometry(m_frame.marginsAdded(margins()));
+    if (m_content)
+        m_content->setGeometry(QRect(QPoint(margins().left(), margins().top()), m_frame.size()));
+    m_rim->setGeometry(QRect(QPoint(), m_window->size()));
+    applyShape();
+}
+
+void X11Panel::applyShape()
+{
+    m_rim->setVisible(m_compositor.isRunning());
+    if (m_compositor.isRunning())
+        m_rim->setShape(shapeInWindow(), m_style.hasShadow);
+    applyNativeShape();
+}
+
+/// Tells the X server what can be clicked and, without a compositor, what can be seen.
+void X11Panel::applyNativeShape()
+{
+    auto *const connection = x11Connection();
+    if (!connection || !m_window->internalWinId())
+        return;
+    const auto id = xcb_window_t(m_window->internalWinId());
+    const double scale = m_window->devicePixelRatioF();
+    const auto shape = rectanglesOf(QTransform::fromScale(scale, scale).map(shapeInWindow()),
+                                    (QSizeF(m_window->size()) * scale).toSize());
+    const auto set = [&](xcb_shape_kind_t kind) {
+        xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_UNSORTED, id, 0, 0,
+                             quint32(shape.size()), shape.data());
+    };
+    set(XCB_SHAPE_SK_INPUT);
+    if (m_compositor.isRunning())
+        xcb_shape_mask(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, id, 0, 0, XCB_PIXMAP_NONE);
+    else
+        set(XCB_SHAPE_SK_BOUNDING);
+    xcb_flush(connection);
+}
+
+} // namespace korvo

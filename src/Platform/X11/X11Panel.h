@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Platform/Panel.h"
+#include "Platform/X11/CompositorWatch.h"
+
+#include <QPointer>
+
+namespace korvo {
+
+/// A window that the window manager has no say in: it is where it is told to be, on every workspace and above all others
+/// from the moment it is ordered front, in no list, and never gets the keyboard. Managed windows are not over
+/// full-screen ones under openbox and KWin, whatever they ask for. With a compositor its edge is smooth and it has a
+/// shadow, which is part of the window and lets clicks through; without one the shape is cut out of the window.
+class X11Panel final : public Panel {
+    Q_OBJECT
+public:
+    explicit X11Panel(const PanelStyle &style);
+    ~X11Panel() override; ///< The content goes a turn of the event loop later: it may be what asked for it.
+
+    void setContent(std::unique_ptr<QWidget> content) override;
+    void setFrame(const QRect &frame) override;
+    void setShape(const QPainterPath &shape) override;
+    void orderFront() override;
+    void orderOut() override;
+    bool isVisible() const override;
+
+private:
+    class Window;
+    class Rim;
+
+    QMargins margins() const;
+    QPainterPath shapeInWindow() const;
+    void layOut();
+    void applyShape();
+    void applyNativeShape();
+
+    const PanelStyle m_style;
+    CompositorWatch m_compositor;
+    QRect m_frame;
+    QPainterPath m_shape; ///< Empty for the whole frame.
+    Window *m_window;
+    Rim *m_rim; ///< A child of the window, above the content.
+    QPointer<QWidget> m_content;
+};
+
+} // namespace korvo

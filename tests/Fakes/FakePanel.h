@@ -1,0 +1,68 @@
+#pragma once
+
+#include "Platform/Panel.h"
+
+#include <QList>
+#include <QPointer>
+#include <QStringList>
+#include <QWidget>
+
+namespace korvo {
+
+/// A panel that holds its content as a real one does, in a window that nobody sees, and notes what it is told.
+class FakePanel final : public Panel {
+public:
+    explicit FakePanel(const PanelStyle &panelStyle = {}) : style(panelStyle) { }
+    ~FakePanel() override { window.deleteLater(); } // Not at once: the content may be what asked for it.
+
+    void setContent(std::unique_ptr<QWidget> newContent) override
+    {
+        calls.append(QStringLiteral("setContent"));
+        if (content)
+            content->deleteLater();
+        content = newContent.release();
+        if (!content)
+            return;
+        content->setParent(&window);
+        content->setGeometry(window.rect());
+        content->show();
+    }
+    void setFrame(const QRect &newFrame) override
+    {
+        calls.append(QStringLiteral("setFrame"));
+        frame = newFrame;
+        frames.append(newFrame);
+        window.resize(newFrame.size());
+        if (content)
+            content->setGeometry(window.rect());
+    }
+    void setShape(const QPainterPath &newShape) override
+    {
+        calls.append(QStringLiteral("setShape"));
+        shape = newShape;
+    }
+    void orderFront() override
+    {
+        calls.append(QStringLiteral("orderFront"));
+        m_isVisible = true;
+    }
+    void orderOut() override
+    {
+        calls.append(QStringLiteral("orderOut"));
+        m_isVisible = false;
+    }
+    bool isVisible() const override { return m_isVisible; }
+
+    const PanelStyle style;
+    QWidget &window = *new QWidget; ///< Holds the content, and is never shown.
+    QPointer<QWidget> content;
+    QRect frame;
+    QList<QRect> frames; ///< Of each call, in order.
+    QPainterPath shape;
+    QStringList calls;
+
+private:
+    bool m_isVisible = false;
+};
+
+} // namespace korvo

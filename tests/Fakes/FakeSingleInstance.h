@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Platform/SingleInstance.h"
+
+namespace korvo {
+
+/// A session in which the program runs already, or doesn't.
+class FakeSingleInstance final : public SingleInstance {
+public:
+    bool claim() override
+    {
+        ++claimCount;
+        return isOnly;
+    }
+
+    /// Starts the program once more.
+    void startAgain() { emit activationRequested(); }
+
+    bool isOnly = true;
+    int claimCount = 0;
+};
+
+} // namespace korvo
