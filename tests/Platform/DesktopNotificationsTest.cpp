@@ -224,8 +224,20 @@ void DesktopNotificationsTest::withoutTheServiceThePortalIsTold()
     QCOMPARE(call.interface(), u"org.freedesktop.portal.Notification"_s);
     QCOMPARE(call.signature(), u"sa{sv}"_s);
     QCOMPARE(call.arguments().at(0).toString(), u"timerReminder-42"_s);
-    QCOMPARE(mapOf(call.arguments().at(1)),
+    auto members = mapOf(call.arguments().at(1));
+    const auto icon = members.take(u"icon"_s).value<QDBusArgument>();
+    QCOMPARE(members,
              QVariantMap({{u"title"_s, u"Timer Running"_s}, {u"body"_s, reminder.body}, {u"priority"_s, u"normal"_s}}));
+    // A themed icon in the form that icons are sent in, ('themed', <['com.korvo.app']>).
+    QCOMPARE(icon.currentSignature(), u"(sv)"_s);
+    QString kind;
+    QDBusVariant names;
+    icon.beginStructure();
+    icon >> kind >> names;
+    icon.endStructure();
+    QCOMPARE(kind, u"themed"_s);
+    QCOMPARE(names.variant().userType(), int(QMetaType::QStringList)); // The type "as".
+    QCOMPARE(names.variant().toStringList(), QStringList(u"com.korvo.app"_s));
 }
 
 void DesktopNotificationsTest::aServiceThatIsKeptFromUsIsMissing_data()
