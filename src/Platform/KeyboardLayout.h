@@ -11,6 +11,9 @@ class KeyboardLayout {
 public:
     virtual ~KeyboardLayout() = default;
 
+    /// Whether there is a layout at all. Without one no key has a character.
+    virtual bool isKnown() const = 0;
+
     /// What the key of a virtual key code types without any modifier; a dead key its mark standing alone. None if the
     /// key is unknown or types no character that can be seen.
     virtual std::optional<QString> unshiftedCharacter(quint32 keyCode) const = 0;

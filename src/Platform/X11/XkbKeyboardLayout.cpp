@@ -30,6 +30,11 @@ xkb_keysym_t keysymOf(quint32 macKeyCode)
 
 } // namespace
 
+bool XkbKeyboardLayout::isKnown() const
+{
+    return !XkbKeymap(x11Connection()).isEmpty();
+}
+
 std::optional<QString> XkbKeyboardLayout::unshiftedCharacter(quint32 keyCode) const
 {
     auto character = spacingCharacter(keysymOf(keyCode));
