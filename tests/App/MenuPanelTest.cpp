@@ -160,7 +160,7 @@ void MenuPanelTest::shapeFollowsTheHeightOfTheContent()
 
 void MenuPanelTest::contentIsNeverHigherThanThePanel()
 {
-    QJsonArray tasks;
+    QList<QJsonObject> tasks;
     for (int i = 0; i < 40; ++i)
         tasks.append(pages::task(u"t%1"_s.arg(i), u"Task %1"_s.arg(i)));
     app().notion.answerRows(app().tasksQuery, tasks);
@@ -190,7 +190,7 @@ void MenuPanelTest::theMenuStopsTheTimer()
     app().notion.asked.clear();
     QVERIFY(app().item().choose(u"Stop"_s));
     QVERIFY(!app().item().choose(u"Stop"_s)); // Not twice: the first is under way.
-    QTRY_VERIFY(app().notion.asked.contains(u"PATCH /pages/e1"_s));
+    QTRY_VERIFY(app().notion.calls().contains(u"PATCH /pages/e1"_s));
 }
 
 void MenuPanelTest::theMenuCannotStopWhatDoesNotRun()
