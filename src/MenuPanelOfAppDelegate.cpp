@@ -38,11 +38,12 @@ void AppDelegate::openMenuPanel()
             self->openSettings();
     };
     auto *view = new MenuBarView(m_timerVM, openTheSettings, m_settings, m_clock);
-    m_menuPanel->setContent(std::make_unique<MenuPanelContent>(
-        view, placement.opensUpwards, [panel = QPointer(m_menuPanel.get())](const QPainterPath &shape) {
-            if (panel)
-                panel->setShape(shape);
-        }));
+    const auto takeShape = [panel = QPointer(m_menuPanel.get())](const QPainterPath &shape) {
+        if (panel)
+            panel->setShape(shape);
+    };
+    m_menuPanel->setContent(
+        std::make_unique<MenuPanelContent>(view, placement.frame.size(), placement.opensUpwards, takeShape));
     m_menuPanel->orderFront();
     m_menuPanelMonitor = m_platform.makeMouseMonitor();
     connect(m_menuPanelMonitor.get(), &MouseMonitor::mouseDown, this, &AppDelegate::dismissMenuPanel);

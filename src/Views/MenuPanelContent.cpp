@@ -11,13 +11,16 @@ namespace {
 constexpr double cornerRadius = 12;
 }
 
-MenuPanelContent::MenuPanelContent(MenuBarView *view, bool opensUpwards, ShapeHandler onShapeChange) :
+MenuPanelContent::MenuPanelContent(MenuBarView *view, const QSize &frame, bool opensUpwards,
+                                   ShapeHandler onShapeChange) :
     m_view(view),
     m_opensUpwards(opensUpwards),
     m_onShapeChange(std::move(onShapeChange))
 {
     m_view->setParent(this);
     connect(m_view, &MenuBarView::heightChanged, this, &MenuPanelContent::arrange);
+    resize(frame);
+    arrange();
 }
 
 void MenuPanelContent::resizeEvent(QResizeEvent *event)

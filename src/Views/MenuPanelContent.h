@@ -16,8 +16,9 @@ class MenuPanelContent : public QWidget {
 public:
     using ShapeHandler = std::function<void(const QPainterPath &)>;
 
-    /// Takes `view` over. `onShapeChange` is called with the rounded outline of the view whenever that changes.
-    MenuPanelContent(MenuBarView *view, bool opensUpwards, ShapeHandler onShapeChange);
+    /// Takes `view` over. `onShapeChange` is called with the rounded outline of the view, for the first time at once, and
+    /// whenever that changes.
+    MenuPanelContent(MenuBarView *view, const QSize &frame, bool opensUpwards, ShapeHandler onShapeChange);
 
 protected:
     void resizeEvent(QResizeEvent *event) override;

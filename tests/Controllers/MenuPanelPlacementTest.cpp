@@ -40,13 +40,13 @@ void MenuPanelPlacementTest::thePanelStands_data()
         << QRect(700, 0, 101, 24) << top << QRect(581, 28, 340, 420) << false;
     QTest::newRow("above an item in a bar at the bottom, with the same gap")
         << QRect(700, 776, 24, 24) << bottom << QRect(542, 352, 340, 420) << true;
-    QTest::newRow("slid back from the right edge") << QRect(1256, 0, 24, 24) << top << QRect(940, 28, 340, 420) << false;
+    QTest::newRow("slid back from the right edge")
+        << QRect(1256, 0, 24, 24) << top << QRect(940, 28, 340, 420) << false;
     QTest::newRow("slid back from the left edge") << QRect(0, 0, 24, 24) << top << QRect(0, 28, 340, 420) << false;
     QTest::newRow("slid out of a bar at the left edge, beside which the item stands")
         << QRect(0, 700, 48, 48) << QList<Screen>{{laptop, 0, QRectF(48, 0, 1232, 800)}} << QRect(48, 276, 340, 420)
         << true;
-    QTest::newRow("on the screen of its item")
-        << QRect(3176, 0, 24, 24) << two << QRect(2860, 28, 340, 420) << false;
+    QTest::newRow("on the screen of its item") << QRect(3176, 0, 24, 24) << two << QRect(2860, 28, 340, 420) << false;
     QTest::newRow("on a screen left of the first one")
         << QRect(-100, 0, 24, 24) << QList<Screen>{screenWithBar(laptop), screenWithBar({-1280, 0, 1280, 800})}
         << QRect(-340, 28, 340, 420) << false;
