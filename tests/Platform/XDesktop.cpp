@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 // A field of the header is called so.
 #define explicit explicit_
@@ -46,12 +47,19 @@ int XClient::grab(quint8 key, quint16 modifiers)
     return error ? error->error_code : 0;
 }
 
-bool XClient::showFocusedWindow()
+bool XClient::showFocusedWindow(const QRect &place)
 {
     m_window = xcb_generate_id(m_connection);
-    const quint32 events = XCB_EVENT_MASK_KEY_PRESS;
-    xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, m_window, m_root, 100, 100, 300, 200, 0,
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
+    constexpr quint32 white = 0xffffff;
+    const quint32 values[]{white, XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_BUTTON_PRESS};
+    xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, m_window, m_root, qint16(place.x()), qint16(place.y()),
+                      quint16(place.width()), quint16(place.height()), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                      XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK, values);
+    // Else the window manager looks for a place of its own.
+    constexpr quint32 userPosition = 1;
+    const quint32 hints[18]{userPosition};
+    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_NORMAL_HINTS,
+                        XCB_ATOM_WM_SIZE_HINTS, 32, 18, hints);
     return QTest::qWaitFor([this] {
         // A window manager that is still starting may miss the first request, and a hidden window gets no focus.
         xcb_map_window(m_connection, m_window);
@@ -68,14 +76,52 @@ bool XClient::hasFocus() const
     return reply && reply->focus == m_window;
 }
 
+bool XClient::makeFullScreen()
+{
+    constexpr quint32 add = 1;
+    ask(m_window, "_NET_WM_STATE", {add, atom("_NET_WM_STATE_FULLSCREEN")});
+    return QTest::qWaitFor([this] {
+        const Reply<xcb_get_geometry_reply_t> screen(
+            xcb_get_geometry_reply(m_connection, xcb_get_geometry(m_connection, m_root), nullptr));
+        const Reply<xcb_get_geometry_reply_t> own(
+            xcb_get_geometry_reply(m_connection, xcb_get_geometry(m_connection, m_window), nullptr));
+        return screen && own && screen->width == own->width && screen->height == own->height;
+    });
+}
+
+void XClient::raise()
+{
+    constexpr quint32 fromPager = 2;
+    ask(m_window, "_NET_ACTIVE_WINDOW", {fromPager});
+}
+
 QList<quint8> XClient::takePresses()
 {
-    QList<quint8> keys;
+    receive();
+    return std::exchange(m_presses, {});
+}
+
+int XClient::clickCount()
+{
+    receive();
+    return m_clickCount;
+}
+
+void XClient::own(const char *selection)
+{
+    xcb_set_selection_owner(m_connection, m_window, atom(selection), XCB_CURRENT_TIME);
+    xcb_flush(m_connection);
+}
+
+void XClient::receive()
+{
     while (const auto event = Reply<xcb_generic_event_t>(xcb_poll_for_event(m_connection))) {
-        if ((event->response_type & 0x7f) == XCB_KEY_PRESS)
-            keys.append(reinterpret_cast<const xcb_key_press_event_t *>(event.get())->detail);
+        const int type = event->response_type & 0x7f;
+        if (type == XCB_KEY_PRESS)
+            m_presses.append(reinterpret_cast<const xcb_key_press_event_t *>(event.get())->detail);
+        else if (type == XCB_BUTTON_PRESS)
+            ++m_clickCount;
     }
-    return keys;
 }
 
 void XClient::lock(quint16 modifiers, quint8 group)
@@ -95,6 +141,51 @@ QByteArray XClient::windowManager() const
     return property(window, "_NET_WM_NAME");
 }
 
+bool XClient::setWorkspaceCount(quint32 count)
+{
+    ask(m_root, "_NET_NUMBER_OF_DESKTOPS", {count});
+    return QTest::qWaitFor([&] { return numbers(m_root, "_NET_NUMBER_OF_DESKTOPS").value(0) == count; });
+}
+
+bool XClient::goToWorkspace(quint32 number)
+{
+    ask(m_root, "_NET_CURRENT_DESKTOP", {number});
+    return QTest::qWaitFor([&] { return numbers(m_root, "_NET_CURRENT_DESKTOP").value(0) == number; });
+}
+
+QList<quint32> XClient::managedWindows() const
+{
+    return numbers(m_root, "_NET_CLIENT_LIST");
+}
+
+QList<quint32> XClient::stacking() const
+{
+    return numbers(m_root, "_NET_CLIENT_LIST_STACKING");
+}
+
+QList<quint32> XClient::numbers(quint32 window, const char *name) const
+{
+    const auto bytes = property(window, name);
+    QList<quint32> numbers(bytes.size() / qsizetype(sizeof(quint32)));
+    std::memcpy(numbers.data(), bytes.constData(), size_t(numbers.size()) * sizeof(quint32));
+    return numbers;
+}
+
+void XClient::ask(quint32 window, const char *what, const QList<quint32> &data)
+{
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window;
+    message.type = atom(what);
+    for (qsizetype i = 0; i < data.size(); ++i)
+        message.data.data32[i] = data[i];
+    xcb_send_event(m_connection, false, m_root,
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   reinterpret_cast<const char *>(&message));
+    xcb_flush(m_connection);
+}
+
 xcb_atom_t XClient::atom(const char *name) const
 {
     const auto cookie = xcb_intern_atom(m_connection, false, quint16(qstrlen(name)), name);
@@ -104,7 +195,8 @@ xcb_atom_t XClient::atom(const char *name) const
 
 QByteArray XClient::property(xcb_window_t window, const char *name) const
 {
-    const auto cookie = xcb_get_property(m_connection, false, window, atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, 64);
+    const auto cookie
+        = xcb_get_property(m_connection, false, window, atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, 1 << 20);
     const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(m_connection, cookie, nullptr));
     if (!reply)
         return {};

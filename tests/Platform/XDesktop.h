@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QRect>
 #include <QString>
 #include <QStringList>
 
@@ -32,11 +33,24 @@ public:
     int grab(quint8 key, quint16 modifiers);
 
     /// Shows a window and gives it the focus. False if that doesn't come to pass.
-    bool showFocusedWindow();
+    bool showFocusedWindow(const QRect &place = {100, 100, 300, 200});
     bool hasFocus() const;
+    quint32 window() const { return m_window; }
+
+    /// Has the window manager make the window as large as the screen, above all others. False if it doesn't.
+    bool makeFullScreen();
+
+    /// Has the window manager raise the window above others.
+    void raise();
 
     /// X key codes that went down in its window since the last call.
     QList<quint8> takePresses();
+
+    /// How many mouse buttons went down in its window.
+    int clickCount();
+
+    /// Takes the selection of that name, until it goes.
+    void own(const char *selection);
 
     /// Locks modifiers and the keyboard group, in place of those that are locked.
     void lock(quint16 modifiers, quint8 group = 0);
@@ -44,13 +58,33 @@ public:
     /// The name that the window manager gives itself.
     QByteArray windowManager() const;
 
-private:
+    /// Sets how many workspaces there are, or goes to one of them. False if that doesn't come to pass.
+    bool setWorkspaceCount(quint32 count);
+    bool goToWorkspace(quint32 number);
+
+    /// The windows that the window manager has, as task lists show them.
+    QList<quint32> managedWindows() const;
+
+    /// The same, from the bottom up.
+    QList<quint32> stacking() const;
+
+    /// The numbers that a property of a window consists of.
+    QList<quint32> numbers(quint32 window, const char *name) const;
+
     xcb_atom_t atom(const char *name) const;
     QByteArray property(xcb_window_t window, const char *name) const;
+
+    /// Asks the window manager for something, as pagers and task lists do.
+    void ask(quint32 window, const char *what, const QList<quint32> &data);
+
+private:
+    void receive();
 
     xcb_connection_t *m_connection;
     xcb_window_t m_root = 0;
     xcb_window_t m_window = 0;
+    QList<quint8> m_presses;
+    int m_clickCount = 0;
 };
 
 /// Runs a program to its end; false if it fails.

@@ -1,6 +1,7 @@
 #include "Platform/X11/X11Panel.h"
 
 #include "Platform/X11/PanelShadow.h"
+#include "Platform/X11/PanelStack.h"
 #include "Platform/X11/X11Connection.h"
 
 #include <QEvent>
@@ -151,7 +152,11 @@ private:
     X11Panel *m_panel;
 };
 
-X11Panel::X11Panel(const PanelStyle &style) : m_style(style), m_window(new Window(*this)), m_rim(new Rim(m_window))
+X11Panel::X11Panel(const PanelStyle &style) :
+    m_style(style),
+    m_stack(PanelStack::shared()),
+    m_window(new Window(*this)),
+    m_rim(new Rim(m_window))
 {
     connect(&m_compositor, &CompositorWatch::isRunningChanged, this, &X11Panel::layOut);
 }
@@ -159,7 +164,7 @@ X11Panel::X11Panel(const PanelStyle &style) : m_style(style), m_window(new Windo
 X11Panel::~X11Panel()
 {
     m_window->leave();
-    m_window->hide();
+    orderOut();
     m_window->deleteLater();
 }
 
@@ -198,11 +203,12 @@ void X11Panel::orderFront()
         layOut();
         m_window->show();
     }
-    m_window->raise();
+    m_stack->raise(xcb_window_t(m_window->winId()), m_style.isAboveEverything);
 }
 
 void X11Panel::orderOut()
 {
+    m_stack->remove(xcb_window_t(m_window->internalWinId()));
     m_window->hide();
 }
 

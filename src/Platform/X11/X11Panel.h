@@ -7,6 +7,8 @@
 
 namespace korvo {
 
+class PanelStack;
+
 /// A window that the window manager has no say in: it is where it is told to be, on every workspace and above all others
 /// from the moment it is ordered front, in no list, and never gets the keyboard. Managed windows are not over
 /// full-screen ones under openbox and KWin, whatever they ask for. With a compositor its edge is smooth and it has a
@@ -35,6 +37,7 @@ private:
     void applyNativeShape();
 
     const PanelStyle m_style;
+    const std::shared_ptr<PanelStack> m_stack;
     CompositorWatch m_compositor;
     QRect m_frame;
     QPainterPath m_shape; ///< Empty for the whole frame.
