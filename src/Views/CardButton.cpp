@@ -28,12 +28,12 @@ void CardButton::setBusy(bool isBusy)
     m_indicator->setVisible(isBusy);
 }
 
-PlainButton *makeIconButton(Symbol symbol, int size, const QColor &color, const QString &name)
+PlainButton *makeIconButton(Symbol symbol, int size, const QColor &color, const QString &name, const QColor &tint)
 {
     const QMargins margins(iconButtonMargin, iconButtonMargin, iconButtonMargin, iconButtonMargin);
-    auto *button
-        = new PlainButton(name, hstack({.spacing = 0, .padding = margins}, new SymbolIcon(symbol, size, color)),
-                          {.radius = iconButtonMargin});
+    auto *button = new PlainButton(
+        name, hstack({.spacing = 0, .padding = margins}, new SymbolIcon(symbol, size, color)),
+        {.radius = iconButtonMargin, .hover = theme::faded(tint, 0.07), .pressed = theme::faded(tint, 0.14)});
     button->setToolTip(name);
     return button;
 }

@@ -36,8 +36,9 @@ private:
 };
 
 /// A button that is only a symbol. It is laid out as `Overflowing{button, iconButtonMargin}`, so that there is more to
-/// hit than to see.
-PlainButton *makeIconButton(Symbol symbol, int size, const QColor &color, const QString &name);
+/// hit than to see. `tint` is laid thinly over its place under the pointer.
+PlainButton *makeIconButton(Symbol symbol, int size, const QColor &color, const QString &name,
+                            const QColor &tint = Qt::white);
 inline constexpr int iconButtonMargin = 6;
 
 /// A button that is only a text.

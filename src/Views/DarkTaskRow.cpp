@@ -6,6 +6,7 @@
 #include "Views/Stack.h"
 #include "Views/SymbolIcon.h"
 #include "Views/Theme.h"
+#include "Views/TimerFigures.h"
 
 namespace korvo {
 
@@ -20,12 +21,6 @@ const QColor &idleDot()
 }
 
 } // namespace
-
-bool isTiming(const TimerViewModel &timerVM, const NotionTask &task)
-{
-    const auto &timer = timerVM.activeTimer();
-    return timer && timer->taskId == task.id;
-}
 
 DarkTaskRow::DarkTaskRow(const NotionTask &task, TimerViewModel &timerVM, QWidget *parent) :
     PlainButton(task.name,

@@ -9,9 +9,6 @@ class RoundedBox;
 class SymbolIcon;
 class TimerViewModel;
 
-/// Whether the active timer is that of a task. An entry without a task is that of none.
-bool isTiming(const TimerViewModel &timerVM, const NotionTask &task);
-
 /// One of today's tasks on a dark card. All of it is a button that starts the task's timer; while another timer runs, or
 /// an action is in progress, it is locked.
 class DarkTaskRow : public PlainButton {

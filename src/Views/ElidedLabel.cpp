@@ -25,7 +25,10 @@ ElidedLabel::ElidedLabel(const QString &text, const QFont &font, const QColor &c
     m_maximumLines(maximumLines)
 {
     setTextFormat(Qt::PlainText);
-    setWordWrap(maximumLines > 1); // Lets the height follow the width.
+    setWordWrap(maximumLines > 1);
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
+    policy.setHeightForWidth(maximumLines > 1); // At once, whereas QLabel waits for the first text.
+    setSizePolicy(policy);
     setFont(font);
     setInk(*this, color);
     setText(text);

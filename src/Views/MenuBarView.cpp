@@ -289,7 +289,7 @@ QWidget *MenuBarView::todayTasksSection()
 
     auto *column = new TaskColumn(
         taskListHeight,
-        {.make = [this](const NotionTask &task) { return darkTaskRow(task); },
+        {.make = [this](const NotionTask &task, QWidget *parent) { return darkTaskRow(task, parent); },
          .canBePressed = [this](const NotionTask &task) { return DarkTaskRow::canBePressed(m_timerVM, task); }});
     column->useSlimScrollBar();
     column->setAccessibleName(tr("Today's tasks"));
@@ -302,9 +302,9 @@ QWidget *MenuBarView::todayTasksSection()
     return section(u"todayTasksSection"_s, vstack(style, rule(), heading, column));
 }
 
-QWidget *MenuBarView::darkTaskRow(const NotionTask &task)
+QWidget *MenuBarView::darkTaskRow(const NotionTask &task, QWidget *parent)
 {
-    return new DarkTaskRow(task, m_timerVM);
+    return new DarkTaskRow(task, m_timerVM, parent);
 }
 
 QWidget *MenuBarView::footerView()

@@ -62,7 +62,7 @@ private:
     QWidget *activeTimerCard(const TimerEntry &timer);
     QWidget *idleCard();
     QWidget *todayTasksSection();
-    QWidget *darkTaskRow(const NotionTask &task);
+    QWidget *darkTaskRow(const NotionTask &task, QWidget *parent);
     QWidget *footerView();
 
     TimerViewModel &m_timerVM;

@@ -13,7 +13,7 @@ public:
     {
     }
 
-    QSize sizeHint() const override { return widget()->sizeHint().shrunkBy(m_margins); }
+    QSize sizeHint() const override { return isEmpty() ? QSize(0, 0) : widget()->sizeHint().shrunkBy(m_margins); }
     QSize minimumSize() const override { return sizeHint(); }
     QSize maximumSize() const override { return sizeHint(); }
     Qt::Orientations expandingDirections() const override { return {}; }

@@ -28,11 +28,11 @@ struct Overflowing {
 };
 
 /// Padding in the order of the design's words.
-inline QMargins padding(int horizontal, int vertical)
+constexpr QMargins padding(int horizontal, int vertical)
 {
     return {horizontal, vertical, horizontal, vertical};
 }
-inline QMargins padding(int horizontal, int top, int bottom)
+constexpr QMargins padding(int horizontal, int top, int bottom)
 {
     return {horizontal, top, horizontal, bottom};
 }

@@ -49,7 +49,7 @@ void TaskColumn::setTasks(const QList<NotionTask> &tasks)
         }
     }
     if (!m_tasks.isEmpty() && m_rowHeight == 0)
-        m_rowHeight = rowMadeAt(0)->sizeHint().height();
+        m_rowHeight = rowMadeAt(0)->sizeHint().expandedTo(rowMadeAt(0)->minimumSize()).height();
     updateGeometry();
     updateRange();
     layOutRows();
@@ -132,8 +132,7 @@ QWidget *TaskColumn::rowMadeAt(int index)
     auto &row = m_rows[index];
     if (!row.widget) {
         row.task = m_tasks.at(index);
-        row.widget = m_source.make(row.task);
-        row.widget->setParent(viewport());
+        row.widget = m_source.make(row.task, viewport());
         row.widget->setVisible(isVisible());
         // Out of the window's order of focus, where it would stand last: `focusNextPrevChild` knows its place.
         auto *stop = row.widget->focusProxy() ? row.widget->focusProxy() : row.widget;

@@ -17,8 +17,8 @@ class TaskColumn : public QAbstractScrollArea {
     Q_OBJECT
 public:
     struct Rows {
-        std::function<QWidget *(const NotionTask &)> make;    ///< All rows are of one height.
-        std::function<bool(const NotionTask &)> canBePressed; ///< Whether the keyboard should stop at it.
+        std::function<QWidget *(const NotionTask &, QWidget *parent)> make; ///< All rows are of one height.
+        std::function<bool(const NotionTask &)> canBePressed;               ///< Whether the keyboard should stop at it.
     };
 
     TaskColumn(int maximumHeight, Rows rows, QWidget *parent = nullptr);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QPalette>
 
 namespace korvo::theme {
 
@@ -35,6 +36,28 @@ inline QColor white(double opacity)
 inline QColor gray(double level)
 {
     return QColor::fromRgbF(float(level), float(level), float(level));
+}
+
+/// Whether the desktop's own colours are light writing on a dark ground.
+inline bool isDark(const QPalette &palette)
+{
+    return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
+}
+
+// The same system colours for views in the desktop's own colours. Source as above, light.
+inline QColor systemGreenOn(const QPalette &palette)
+{
+    return isDark(palette) ? systemGreen : QColor(52, 199, 89);
+}
+inline QColor systemRedOn(const QPalette &palette)
+{
+    return isDark(palette) ? systemRed : QColor(255, 59, 48);
+}
+
+/// The colour for texts beside the main one.
+inline QColor secondaryOn(const QPalette &palette)
+{
+    return faded(palette.color(QPalette::Active, QPalette::WindowText), secondary);
 }
 
 } // namespace korvo::theme

@@ -52,6 +52,12 @@ QString formatTotalTime(std::optional<double> seconds)
     return hours > 0 ? u"%1h %2m"_s.arg(hours).arg(minutes) : u"%1m"_s.arg(minutes);
 }
 
+bool isTiming(const TimerViewModel &timerVM, const NotionTask &task)
+{
+    const auto &timer = timerVM.activeTimer();
+    return timer && timer->taskId == task.id;
+}
+
 QUrl notionPageUrl(const QString &taskId)
 {
     return QUrl(u"https://www.notion.so/"_s + QString(taskId).remove(u'-'), QUrl::StrictMode);

@@ -10,6 +10,7 @@
 namespace korvo {
 
 class TimerViewModel;
+struct NotionTask;
 
 /// Seconds from the start of an entry to a date, negative if it begins later.
 double elapsedSeconds(const QDateTime &startTime, const QDateTime &date);
@@ -23,6 +24,9 @@ QColor ringColor(double elapsed);
 /// Tracked seconds as "2h 5m", or "5m" below an hour; "—" for none. A number that is not finite or beyond 64 bits ends
 /// the program.
 QString formatTotalTime(std::optional<double> seconds);
+
+/// Whether the active timer is that of a task. An entry without a task is that of none.
+bool isTiming(const TimerViewModel &timerVM, const NotionTask &task);
 
 /// The address of a task's page in Notion's web application; invalid if the id makes none.
 QUrl notionPageUrl(const QString &taskId);

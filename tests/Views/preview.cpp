@@ -1,7 +1,10 @@
 // korvo-views FOLDER - draws the views with sample content into PNG files, for a person to look at.
 
 #include "ViewWorld.h"
+#include "Views/ActiveTimerView.h"
 #include "Views/MenuBarView.h"
+#include "Views/Stack.h"
+#include "Views/TodayTasksView.h"
 
 #include <QApplication>
 #include <QDir>
@@ -89,6 +92,18 @@ int main(int argc, char **argv)
         view.setMaximumRoom(420);
         view.resize(view.sizeHint());
         save(view, sample.name);
+
+        for (const bool isDark : {false, true}) {
+            QWidget host;
+            host.setPalette(isDark ? QPalette(QColor(50, 50, 50)) : QPalette(QColor(240, 240, 240)));
+            auto *active = new ActiveTimerView(*world.viewModel, world.clock);
+            host.setLayout(vstack({.spacing = 12, .padding = padding(0, 12)},
+                                  vstack({.padding = padding(16, 0)}, active), new TodayTasksView(*world.viewModel)));
+            host.setFixedSize(300,
+                              host.layout()->hasHeightForWidth() ? host.layout()->heightForWidth(300)
+                                                                 : host.sizeHint().height());
+            save(host, sample.name + (isDark ? u"-system-dark"_s : u"-system-light"_s));
+        }
     }
     return 0;
 }
