@@ -117,9 +117,9 @@ QPainterPath timer()
 /// Three waves over a dot, and an exclamation mark at the lower right.
 QPainterPath wifiExclamationmark()
 {
-    const QPointF source(7.5, 14);
+    const QPointF source(8, 14);
     const auto wave = [source](double radius) { return stroked(arc(source, radius, 58, 76)); }; // Leaves the mark room.
-    return joined({wave(10.2), wave(6.8), wave(3.4), disc(source, 1.2), roundedRect({14.4, 7.6, 1.8, 5.2}, 0.9),
+    return joined({wave(9.6), wave(6.5), wave(3.4), disc(source, 1.2), roundedRect({14.4, 7.6, 1.8, 5.2}, 0.9),
                    disc({15.3, 14.9}, 1.1)});
 }
 
