@@ -1,5 +1,6 @@
 #include "Views/SymbolArtwork.h"
 
+#include <QLineF>
 #include <QPainterPathStroker>
 #include <QTransform>
 
@@ -117,9 +118,9 @@ QPainterPath timer()
 /// Three waves over a dot, and an exclamation mark at the lower right.
 QPainterPath wifiExclamationmark()
 {
-    const QPointF source(7.5, 14);
+    const QPointF source(8, 14);
     const auto wave = [source](double radius) { return stroked(arc(source, radius, 58, 76)); }; // Leaves the mark room.
-    return joined({wave(10.2), wave(6.8), wave(3.4), disc(source, 1.2), roundedRect({14.4, 7.6, 1.8, 5.2}, 0.9),
+    return joined({wave(9.6), wave(6.5), wave(3.4), disc(source, 1.2), roundedRect({14.4, 7.6, 1.8, 5.2}, 0.9),
                    disc({15.3, 14.9}, 1.1)});
 }
 
@@ -138,25 +139,30 @@ QPainterPath arrowUpRightSquare()
                    stroked(line({{11.4, 2.6}, {15.4, 2.6}, {15.4, 6.6}}))});
 }
 
-/// A wheel of eight teeth around a hole.
+/// A wheel of eight teeth with soft corners around a hole. Softened by a stroke it would get bolder in small sizes.
 QPainterPath gear(const QPointF &centre, double radius)
 {
     constexpr int teeth = 8;
     constexpr double corners[]
-        = {-0.30, -0.17, 0.17, 0.30}; // Parts of a tooth's angle: foot, shoulder, shoulder, foot.
-    const double foot = 0.76 * radius;
-    QPainterPath outline;
-    for (int corner = 0; corner < 4 * teeth; ++corner) {
-        const double angle = 2 * std::numbers::pi * (corner / 4 + corners[corner % 4]) / teeth;
-        const double reach = corner % 4 == 1 || corner % 4 == 2 ? radius : foot;
-        const QPointF point = centre + reach * QPointF(std::sin(angle), -std::cos(angle));
-        if (corner == 0)
-            outline.moveTo(point);
-        else
-            outline.lineTo(point);
+        = {-0.31, -0.19, 0.19, 0.31}; // Parts of a tooth's angle: foot, shoulder, shoulder, foot.
+    constexpr double softness = 0.07;
+    const auto cornerAt = [&](int index) {
+        const double angle = 2 * std::numbers::pi * (index / 4 + corners[index % 4]) / teeth;
+        const double reach = index % 4 == 1 || index % 4 == 2 ? radius : 0.76 * radius;
+        return centre + reach * QPointF(std::sin(angle), -std::cos(angle));
+    };
+    const auto towards = [&](const QPointF &from, const QPointF &to) {
+        const QLineF way(from, to);
+        return way.pointAt(softness * radius / way.length());
+    };
+    constexpr int count = 4 * teeth;
+    QPainterPath outline(towards(cornerAt(0), cornerAt(count - 1)));
+    for (int i = 0; i < count; ++i) {
+        outline.lineTo(towards(cornerAt(i), cornerAt((i + count - 1) % count)));
+        outline.quadTo(cornerAt(i), towards(cornerAt(i), cornerAt((i + 1) % count)));
     }
     outline.closeSubpath();
-    return joined({outline, stroked(outline, 0.1 * radius)}, disc(centre, 0.4 * radius));
+    return joined({outline}, disc(centre, 0.4 * radius));
 }
 
 /// The same wheel, cut out around a dot at its upper right.
@@ -191,7 +197,7 @@ QPainterPath symbolArtwork(Symbol symbol)
     case Symbol::arrowUpRightSquare:
         return arrowUpRightSquare();
     case Symbol::gear:
-        return gear(middle, 7.6);
+        return gear(middle, 7.8);
     case Symbol::gearBadge:
         return gearBadge();
     case Symbol::power:

@@ -72,6 +72,17 @@ bool clickAt(const QPoint &place, int button)
         {u"mousemove"_s, QString::number(place.x()), QString::number(place.y()), u"click"_s, QString::number(button)});
 }
 
+bool clickMeanwhile(const QPoint &place, int button)
+{
+    QProcess process;
+    process.start(
+        u"xdotool"_s,
+        {u"mousemove"_s, QString::number(place.x()), QString::number(place.y()), u"click"_s, QString::number(button)});
+    const bool isDone = QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; });
+    QCoreApplication::processEvents(); // What the click has led to.
+    return isDone && process.exitCode() == 0;
+}
+
 bool pressKeys(const QStringList &keys)
 {
     return xdotool(QStringList(u"key"_s) + keys);

@@ -21,6 +21,9 @@ bool hasTextBeside(const QRect &place);
 /// Clicks there with the pointer, as a person does. True if that worked.
 bool clickAt(const QPoint &place, int button = 1);
 
+/// The same, while this program goes on.
+bool clickMeanwhile(const QPoint &place, int button = 1);
+
 /// Presses these keys one after the other, by the X server's names for them.
 bool pressKeys(const QStringList &keys);
 

@@ -12,12 +12,20 @@
 #include <algorithm>
 #include <cstdlib>
 #include <span>
+#include <utility>
 
 #include <xcb/xinput.h>
+
+using namespace std::chrono_literals;
 
 namespace korvo {
 
 namespace {
+
+/// In which the toolkit gets a press that we have heard of, and is told of it.
+constexpr std::chrono::milliseconds judgementTime = 10ms;
+
+constexpr qsizetype rememberedCount = 16;
 
 constexpr quint32 leftButton = 1;
 constexpr quint32 rightButton = 3;
@@ -47,6 +55,9 @@ bool isBesideWorkArea()
 
 X11MouseMonitor::X11MouseMonitor(QObject *parent) : MouseMonitor(parent)
 {
+    m_judgement.setSingleShot(true);
+    m_judgement.setInterval(judgementTime);
+    connect(&m_judgement, &QTimer::timeout, this, &X11MouseMonitor::judge);
     m_patience.setSingleShot(true);
     m_patience.setInterval(patience);
     connect(&m_patience, &QTimer::timeout, this, [this] {
@@ -80,15 +91,20 @@ void X11MouseMonitor::forgetPressOnBar()
     receive();
     if (!self)
         return;
+    m_presses.removeIf([](const Press &press) { return press.isOnBar; });
     m_buttonOnBar.reset();
     m_patience.stop();
 }
 
-/// The toolkit may hear of a press before we do, and what it does then can take the pressed window away.
+/// The toolkit is told which window was pressed. By its place the pointer tells less: it moves on, and the pressed window
+/// may be gone already.
 bool X11MouseMonitor::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::MouseButtonPress && event->spontaneous())
-        m_lastOwnPress = quint32(static_cast<QInputEvent *>(event)->timestamp());
+    if (event->type() == QEvent::MouseButtonPress && event->spontaneous()) {
+        m_ownPresses.append(quint32(static_cast<QInputEvent *>(event)->timestamp()));
+        if (m_ownPresses.size() > rememberedCount)
+            m_ownPresses.removeFirst();
+    }
     return MouseMonitor::eventFilter(watched, event);
 }
 
@@ -145,23 +161,42 @@ void X11MouseMonitor::receive()
 void X11MouseMonitor::handlePress(quint32 button, quint32 time)
 {
     // An open menu of ours has grabbed the pointer, and gets every press.
-    if (m_lastOwnPress == time || QApplication::activePopupWidget())
+    if (QApplication::activePopupWidget())
         return;
     const auto target = targetAtPointer();
     if (target.isOwn)
         return;
-    m_patience.stop();
-    m_buttonOnBar.reset();
-    if (target.isBar)
-        m_buttonOnBar = button;
-    else
-        emit mouseDown();
+    m_presses.append({button, time, target.isBar, false});
+    if (!m_judgement.isActive())
+        m_judgement.start();
 }
 
 void X11MouseMonitor::handleRelease(quint32 button)
 {
+    for (Press &press : m_presses)
+        press.isReleased = press.isReleased || press.button == button;
     if (m_buttonOnBar == button)
         m_patience.start();
+}
+
+void X11MouseMonitor::judge()
+{
+    const QPointer self(this);
+    for (const Press &press : std::exchange(m_presses, {})) {
+        if (m_ownPresses.contains(press.time))
+            continue;
+        m_patience.stop();
+        m_buttonOnBar.reset();
+        if (!press.isOnBar) {
+            emit mouseDown();
+            if (!self)
+                return;
+            continue;
+        }
+        m_buttonOnBar = press.button;
+        if (press.isReleased)
+            m_patience.start();
+    }
 }
 
 /// What is under the pointer: raw events don't tell. From the root window down to the innermost one.

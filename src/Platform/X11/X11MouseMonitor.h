@@ -2,6 +2,7 @@
 
 #include "Platform/MouseMonitor.h"
 
+#include <QList>
 #include <QTimer>
 
 #include <chrono>
@@ -40,12 +41,20 @@ private:
         bool isOwn = false;
         bool isBar = false;
     };
+    /// One that went to another program, as far as the place of the pointer tells.
+    struct Press {
+        quint32 button = 0;
+        quint32 time = 0;
+        bool isOnBar = false;
+        bool isReleased = false;
+    };
 
     bool eventFilter(QObject *watched, QEvent *event) override;
     bool selectEvents();
     void receive();
     void handlePress(quint32 button, quint32 time);
     void handleRelease(quint32 button);
+    void judge();
     Target targetAtPointer();
     bool isDock(xcb_window_t window) const;
     xcb_atom_t atom(const char *name) const;
@@ -56,9 +65,11 @@ private:
     quint8 m_extension = 0; ///< The opcode of the input extension.
     xcb_atom_t m_windowType = XCB_ATOM_NONE;
     xcb_atom_t m_dockType = XCB_ATOM_NONE;
-    std::optional<quint32> m_lastOwnPress; ///< When the last press came that the toolkit got for a window of ours.
-    std::optional<quint32> m_buttonOnBar;  ///< Of the press that waits.
-    QTimer m_patience;                     ///< Runs since its release.
+    QList<quint32> m_ownPresses;          ///< The times of the last presses that the toolkit got for windows of ours.
+    QList<Press> m_presses;               ///< Of which the toolkit may hear yet.
+    QTimer m_judgement;                   ///< Runs since the first of them.
+    std::optional<quint32> m_buttonOnBar; ///< Of the press on a bar that waits.
+    QTimer m_patience;                    ///< Runs since its release.
 };
 
 } // namespace korvo
