@@ -15,7 +15,6 @@ namespace {
 
 constexpr int patience = AttachedKorvo::patience;
 constexpr QColor panelGround(20, 20, 20);
-constexpr QColor stopLabel(255, 69, 58);
 
 } // namespace
 
@@ -32,7 +31,7 @@ private slots:
     void theMenuOfTheItemOpensThePanel();
 
 private:
-    static bool isPanelShown() { return !findOnScreen(stopLabel).isEmpty(); }
+    static bool isPanelShown() { return !findOnScreen(theme::stopRed).isEmpty(); }
 
     std::unique_ptr<AttachedKorvo> m_world;
     QPoint m_ring; ///< The item's place in the tray.
@@ -79,7 +78,7 @@ void MenuPanelRoadTest::thePanelStopsTheTimerAndStartsATask()
 {
     QVERIFY(clickAt(m_ring));
     QTRY_VERIFY_WITH_TIMEOUT(isPanelShown(), patience);
-    QVERIFY(clickAt(findOnScreen(stopLabel).center()));
+    QVERIFY(clickAt(findOnScreen(theme::stopRed).center()));
     QTRY_COMPARE_WITH_TIMEOUT(m_world->runningTask(), QString(), patience);
     QTRY_VERIFY_WITH_TIMEOUT(!isPanelShown(), patience); // The card has given way, the panel stays.
     const auto panel = findOnScreen(panelGround);
