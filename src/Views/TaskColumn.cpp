@@ -192,8 +192,10 @@ void TaskColumn::focusInEvent(QFocusEvent *event)
 bool TaskColumn::focusNextPrevChild(bool next)
 {
     const int focused = focusedIndex();
-    if (focused < 0)
-        return QAbstractScrollArea::focusNextPrevChild(next);
+    if (focused < 0) {
+        const bool isEntering = next && hasFocus() && focusRow(nextPressable(-1, 1), Qt::TabFocusReason);
+        return isEntering || QAbstractScrollArea::focusNextPrevChild(next);
+    }
     if (!m_source.canBePressed(m_tasks.at(focused))) {
         setFocus(Qt::OtherFocusReason); // The row was locked under the keyboard's hands: stay near.
         return true;

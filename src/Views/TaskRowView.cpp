@@ -38,11 +38,11 @@ TaskRowView::TaskRowView(const NotionTask &task, TimerViewModel &timerVM, QWidge
     m_play->setAccessibleDescription(task.name);
     m_timing = new SymbolIcon(Symbol::timer, sizeOf(SystemText::body), theme::systemGreenOn(palette()));
     m_timing->setAccessibleName(tr("Running"));
-    setFocusProxy(m_play);
 
     constexpr auto edges = padding(16, 6);
     setLayout(
         hstack({.spacing = 8, .padding = edges}, name, Spacer(), m_timing, Overflowing{m_play, iconButtonMargin}));
+    setFocusProxy(m_play);
     // As high with the sign as with the button, which is the larger.
     const int highest = std::max(name->sizeHint().height(), m_play->sizeHint().height() - 2 * iconButtonMargin);
     setMinimumHeight(edges.top() + highest + edges.bottom());
