@@ -58,8 +58,8 @@ bool XClient::showFocusedWindow(const QRect &place)
     // Else the window manager looks for a place of its own.
     constexpr quint32 userPosition = 1;
     const quint32 hints[18]{userPosition};
-    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_NORMAL_HINTS,
-                        XCB_ATOM_WM_SIZE_HINTS, 32, 18, hints);
+    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS,
+                        32, 18, hints);
     return QTest::qWaitFor([this] {
         // A window manager that is still starting may miss the first request, and a hidden window gets no focus.
         xcb_map_window(m_connection, m_window);
@@ -161,6 +161,15 @@ QList<quint32> XClient::managedWindows() const
 QList<quint32> XClient::stacking() const
 {
     return numbers(m_root, "_NET_CLIENT_LIST_STACKING");
+}
+
+quint32 XClient::windowOfTitle(const QByteArray &title) const
+{
+    for (const quint32 window : managedWindows()) {
+        if (property(window, "_NET_WM_NAME") == title)
+            return window;
+    }
+    return 0;
 }
 
 QList<quint32> XClient::numbers(quint32 window, const char *name) const

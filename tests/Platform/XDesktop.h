@@ -71,6 +71,9 @@ public:
     /// The numbers that a property of a window consists of.
     QList<quint32> numbers(quint32 window, const char *name) const;
 
+    /// The managed window of that title; 0 if there is none.
+    quint32 windowOfTitle(const QByteArray &title) const;
+
     xcb_atom_t atom(const char *name) const;
     QByteArray property(xcb_window_t window, const char *name) const;
 

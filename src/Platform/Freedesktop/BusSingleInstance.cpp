@@ -75,9 +75,8 @@ public:
 
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
     {
-        // A call may leave the interface out.
-        if (!message.interface().isEmpty() && message.interface() != applicationInterface)
-            return false;
+        if (message.interface() != applicationInterface && !message.interface().isEmpty())
+            return false; // Introspection and the like. A call may also leave the interface out.
         if (message.member() == "Activate"_L1 && message.signature() == "a{sv}"_L1) {
             answer(message, message.createReply(), connection);
             emit m_owner.activationRequested(); // The last thing: who is told may end the program.
@@ -85,8 +84,10 @@ public:
         }
         const bool isKnown = (message.member() == "Open"_L1 && message.signature() == "asa{sv}"_L1)
             || (message.member() == "ActivateAction"_L1 && message.signature() == "sava{sv}"_L1);
-        if (!isKnown)
-            return false;
+        if (!isKnown) {
+            answer(message, message.createErrorReply(QDBusError::UnknownMethod, u"No such method"_s), connection);
+            return true;
+        }
         answer(message,
                message.createErrorReply(QDBusError::NotSupported, u"Korvo opens no files and has no actions"_s),
                connection);

@@ -1,16 +1,33 @@
 #pragma once
 
 #include "Platform/DockTile.h"
+#include "Platform/Freedesktop/LauncherEntry.h"
+
+#include <QPointer>
 
 namespace korvo {
 
+/// The program's place in a task bar or dock: a window that is always minimised, so that all there is of it is its icon
+/// and its name. Whoever opens it asks for the program; whoever closes it ends the program. Docks that show a number on
+/// their icons are told it besides.
 class TaskBarTile final : public DockTile {
     Q_OBJECT
 public:
-    using DockTile::DockTile;
+    /// Makes nothing before it is to be present, since there may be no application object.
+    explicit TaskBarTile(LauncherEntry::Bus bus = &QDBusConnection::sessionBus, QObject *parent = nullptr);
+    ~TaskBarTile() override;
 
-    void setPresent(bool) override { }
-    void setContent(const std::optional<DockTileContent> &) override { }
+    void setPresent(bool isPresent) override;
+    void setContent(const std::optional<DockTileContent> &content) override;
+
+private:
+    class Window;
+
+    void updateIcon();
+
+    std::optional<DockTileContent> m_content;
+    LauncherEntry m_launcherEntry;
+    QPointer<Window> m_window; ///< Present while the program is.
 };
 
 } // namespace korvo
