@@ -18,6 +18,9 @@ public:
     /// key is unknown or types no character that can be seen.
     virtual std::optional<QString> unshiftedCharacter(quint32 keyCode) const = 0;
 
+    /// The virtual key code of a key by the number that the window system gives it in its events, whatever the layout.
+    virtual std::optional<quint32> keyCode(quint32 nativeScanCode) const = 0;
+
     /// The layout of the process. The platform sets it before anything else runs.
     static const KeyboardLayout &shared();
     static void setShared(const KeyboardLayout *layout); ///< Must outlive its use; not owned.
