@@ -1,19 +1,18 @@
 #include "AppDelegate.h"
 
+#include "Platform/DockTile.h"
+#include "Platform/KeyGrabber.h"
+#include "Platform/MouseMonitor.h"
 #include "Platform/NotificationCenter.h"
+#include "Platform/Panel.h"
 #include "Platform/Platform.h"
 #include "Platform/Screens.h"
+#include "Platform/SingleInstance.h"
 #include "Platform/StatusItem.h"
+#include "Platform/UserDefaults.h"
 #include "Utilities/DiagnosticLogger.h"
-#include "Utilities/TimeFormatter.h"
-#include "Views/ActivityRing.h"
-#include "Views/Symbols.h"
-#include "Views/Theme.h"
-
-#include <QCoreApplication>
 
 #include <chrono>
-#include <cmath>
 
 namespace korvo {
 
@@ -21,13 +20,6 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
-
-constexpr double secondsPerHour = 3600.0;
-
-double elapsedSeconds(const TimerEntry &entry, const Clock &clock)
-{
-    return double(entry.startTime.msecsTo(clock.now())) / 1000.0;
-}
 
 void logSignal(int signal)
 {
@@ -40,14 +32,6 @@ void logException(const UncaughtException &exception)
     Log::fault(u"Stack trace: "_s + exception.callStack.join(u'\n'));
 }
 
-/// One line of readable length: an error can hold a whole page of a gateway.
-QString shortened(const QString &text)
-{
-    constexpr int limit = 200;
-    const auto line = text.left(10 * limit).simplified();
-    return line.size() <= limit ? line : line.left(limit - 1) + u'…';
-}
-
 } // namespace
 
 AppDelegate::AppDelegate(Platform &platform, HttpTransport &transport, AppSettings &settings, QObject *parent) :
@@ -55,7 +39,9 @@ AppDelegate::AppDelegate(Platform &platform, HttpTransport &transport, AppSettin
     m_platform(platform),
     m_settings(settings),
     m_clock(platform.clock()),
-    m_timerVM(platform.notificationCenter(), transport, settings, m_clock)
+    m_timerVM(platform.notificationCenter(), transport, settings, m_clock),
+    m_keyGrabber(platform.makeKeyGrabber()),
+    m_hotkeyService(*m_keyGrabber)
 {
 }
 
@@ -68,25 +54,69 @@ void AppDelegate::applicationDidFinishLaunching()
     m_statusItem = m_platform.makeStatusItem();
     updateStatusBarAppearance(); // So that the item is never blank.
     m_menuFollowsTimer = m_timerVM.bindableActiveTimer().addNotifier([this] { updateStatusMenu(); });
+    m_menuFollowsLoading = m_timerVM.bindableIsLoading().addNotifier([this] { updateStatusMenu(); });
     updateStatusMenu();
+    connect(m_statusItem.get(), &StatusItem::activated, this, &AppDelegate::togglePopover);
+    connect(&m_platform.singleInstance(), &SingleInstance::activationRequested, this, &AppDelegate::openMenuPanel);
+    connect(&m_platform.dockTile(), &DockTile::activated, this, &AppDelegate::openMenuPanel);
     Log::info(u"Status item created"_s);
 
-    connect(&m_statusBarTimer, &QTimer::timeout, this, &AppDelegate::updateStatusBarAppearance);
+    connect(&m_statusBarTimer, &QTimer::timeout, this, &AppDelegate::tick);
     m_statusBarTimer.start(1s);
-
+    updateDockIconVisibility();
     m_platform.notificationCenter().requestAuthorization();
     m_timerVM.startPollingIfConfigured();
-    Log::info(u"Physical notch detected: "_s + (hasPhysicalNotch() ? u"true"_s : u"false"_s));
+
+    const bool hasNotch = hasPhysicalNotch();
+    Log::info(u"Physical notch detected: "_s + (hasNotch ? u"true"_s : u"false"_s));
+    if (hasNotch) {
+        chooseNotchOnFirstRun();
+    } else {
+        m_settings.setUseNotchUI(false);
+        Log::info(u"No notch — menu bar mode only"_s);
+    }
     Log::info(u"App launch complete"_s);
+}
+
+/// The notch interface is switched on once for every user of a machine with a notch; afterwards the saved value stands.
+void AppDelegate::chooseNotchOnFirstRun()
+{
+    const QString key = u"hasSetNotchDefault4"_s;
+    UserDefaults &defaults = m_platform.userDefaults();
+    if (defaults.boolean(key).value_or(false))
+        return;
+    m_settings.setUseNotchUI(true);
+    defaults.set({{key, true}});
 }
 
 void AppDelegate::applicationWillTerminate()
 {
     Log::info(u"App terminating — applicationWillTerminate"_s);
+    m_hotkeyService.unregister();
+    dismissMenuPanel();
     m_statusBarTimer.stop();
+    m_platform.dockTile().setContent(std::nullopt); // A tile with a timer in it doesn't outlive the run.
     m_timerVM.stopPolling();
     m_menuFollowsTimer = {}; // A poll that is under way still ends, and there is no item any more that shows it.
+    m_menuFollowsLoading = {};
     m_statusItem.reset();
+}
+
+/// All that moves on the desktop, once a second: no change of state needs longer to show there.
+void AppDelegate::tick()
+{
+    updateStatusBarAppearance();
+    updateDockIcon();
+}
+
+double AppDelegate::elapsedSeconds(const TimerEntry &entry) const
+{
+    return double(entry.startTime.msecsTo(m_clock.now())) / 1000.0;
+}
+
+void AppDelegate::openSettings()
+{
+    dismissMenuPanel();
 }
 
 void AppDelegate::installCrashHandlers()
@@ -104,72 +134,6 @@ bool AppDelegate::hasPhysicalNotch() const
 bool AppDelegate::isNotchActive() const
 {
     return hasPhysicalNotch() && m_settings.useNotchUI();
-}
-
-void AppDelegate::updateStatusBarAppearance()
-{
-    if (!m_statusItem)
-        return;
-    const auto &entry = m_timerVM.activeTimer();
-    if (entry && entry->status == TimerEntry::TimerStatus::running) {
-        const double elapsed = elapsedSeconds(*entry, m_clock);
-        m_timerVM.checkReminder(elapsed);
-        if (isNotchActive()) {
-            m_statusItem->setImage(makeSymbolImage(Symbol::timer, u"Korvo"_s));
-            m_statusItem->setTitle({});
-        } else {
-            const double progress = std::fmod(elapsed, secondsPerHour) / secondsPerHour;
-            m_statusItem->setImage(makeActivityRingImage(progress, colorForElapsed(elapsed)));
-            m_statusItem->setTitle(u" "_s + TimeFormatter::format(elapsed));
-        }
-        m_previouslyRunning = true;
-    } else if (m_timerVM.hasNetworkError()) {
-        m_statusItem->setImage(makeSymbolImage(Symbol::wifiExclamationmark, {}));
-        m_statusItem->setTitle({});
-        m_previouslyRunning = false;
-    } else {
-        m_statusItem->setImage(makeSymbolImage(Symbol::timer, u"Korvo"_s));
-        m_statusItem->setTitle({});
-        m_previouslyRunning = false;
-    }
-    updateToolTip();
-}
-
-void AppDelegate::updateToolTip()
-{
-    const auto &entry = m_timerVM.activeTimer();
-    if (entry && entry->status == TimerEntry::TimerStatus::running) {
-        // Hours and minutes: a text that changes with the minute, not with the second.
-        const auto time = TimeFormatter::format(elapsedSeconds(*entry, m_clock)).chopped(3);
-        m_statusItem->setToolTip(shortened(entry->taskName), tr("Running for %1").arg(time));
-    } else if (m_timerVM.hasNetworkError()) {
-        m_statusItem->setToolTip(u"Korvo"_s, shortened(m_timerVM.errorMessage().value_or(QString())));
-    } else {
-        m_statusItem->setToolTip(u"Korvo"_s, tr("No timer running"));
-    }
-}
-
-void AppDelegate::updateStatusMenu()
-{
-    const auto &entry = m_timerVM.activeTimer();
-    QList<StatusMenuEntry> menu;
-    menu.append(
-        {.label = entry ? shortened(entry->taskName) : tr("No timer running"), .isEnabled = false, .action = {}});
-    menu.append({.label = {}, .isEnabled = false, .action = {}});
-    menu.append({.label = tr("Quit"), .isEnabled = true, .action = [] { QCoreApplication::quit(); }});
-    m_statusItem->setMenu(menu);
-}
-
-QColor AppDelegate::colorForElapsed(double elapsed)
-{
-    const double hours = elapsed / secondsPerHour;
-    if (hours < 1)
-        return theme::systemGreen;
-    if (hours < 2)
-        return theme::systemCyan;
-    if (hours < 4)
-        return theme::systemOrange;
-    return theme::systemRed;
 }
 
 } // namespace korvo

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Services/GlobalHotkeyService.h"
 #include "ViewModels/TimerViewModel.h"
 
 #include <QColor>
@@ -10,10 +11,12 @@
 
 namespace korvo {
 
+class KeyGrabber;
+class MouseMonitor;
+class Panel;
 class Platform;
-class Screens;
 class StatusItem;
-struct StatusImage;
+struct DockTileContent;
 
 /// Owns every long-lived object and ties them together: the launch, the tick of one second that repaints what stands on
 /// the desktop, and the end.
@@ -38,22 +41,48 @@ public:
     /// Whether the first screen has a camera housing at its top.
     bool hasPhysicalNotch() const;
 
+    /// Opens the settings. The menu panel closes first.
+    void openSettings();
+
+    /// Lets the program stand in the Dock, or not, as the settings say.
+    void updateDockIconVisibility();
+
 private:
     void installCrashHandlers();
+    void chooseNotchOnFirstRun();
+    void tick();
     bool isNotchActive() const;
+
+    // The status item.
     void updateStatusBarAppearance();
     void updateToolTip();
     void updateStatusMenu();
     static QColor colorForElapsed(double elapsed);
+    double elapsedSeconds(const TimerEntry &entry) const; ///< Negative if it starts in the future.
+
+    // The menu panel.
+    void togglePopover();
+    void openMenuPanel();
+    void dismissMenuPanel();
+
+    // The Dock.
+    void updateDockIcon();
+    DockTileContent makeDockIconImage(const QString &text, const QColor &ringColor, double elapsed) const;
 
     Platform &m_platform;
     AppSettings &m_settings;
     Clock &m_clock;
     TimerViewModel m_timerVM;
     std::unique_ptr<StatusItem> m_statusItem;
+    std::unique_ptr<Panel> m_menuPanel;               ///< There while it is open.
+    std::unique_ptr<MouseMonitor> m_menuPanelMonitor; ///< The same.
     QTimer m_statusBarTimer;
     QPropertyNotifier m_menuFollowsTimer;
+    QPropertyNotifier m_menuFollowsLoading;
     bool m_previouslyRunning = false; ///< Whether the last update showed a running timer.
+    std::unique_ptr<KeyGrabber> m_keyGrabber;
+    GlobalHotkeyService m_hotkeyService;
+    int m_lastDockMinute = -1; ///< Last drawn in the Dock; -1 while no timer stands there.
 };
 
 } // namespace korvo

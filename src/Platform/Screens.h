@@ -9,6 +9,7 @@ namespace korvo {
 struct Screen {
     QRectF geometry;
     double topSafeAreaInset = 0; ///< Height of the strip beside a camera housing; 0 where there is none.
+    QRectF available = {};       ///< What the desktop's bars leave of it.
 
     bool operator==(const Screen &) const = default;
 };

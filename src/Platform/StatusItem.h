@@ -37,11 +37,14 @@ public:
 
     virtual void setMenu(const QList<StatusMenuEntry> &menu) = 0;
 
+    /// The item's place on the screen in logical pixels, as near as the desktop tells.
+    virtual QRect button() const = 0;
+
     /// True while some tray shows the item.
     virtual bool isShown() const = 0;
 
 signals:
-    /// A click. `button` is the item's place on the screen in logical pixels, as near as the desktop tells.
+    /// A click, with the item's place.
     void activated(const QRect &button);
     /// Somebody is about to see the menu.
     void menuOpened();

@@ -7,6 +7,7 @@
 #include "Utilities/DiagnosticLogger.h"
 
 #include <array>
+#include <limits>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -41,6 +42,16 @@ constexpr std::array namedKeys = {
     NamedKey{51, u"⌫"},    NamedKey{53, u"⎋"},    NamedKey{126, u"↑"},    NamedKey{125, u"↓"},  NamedKey{123, u"←"},
     NamedKey{124, u"→"},
 };
+
+/// What the key types under the layout in force. Layouts know key codes of 16 bits: nothing in the program makes a
+/// longer one, so one that comes to be asked for ends the program, like a stored shortcut outside of 32 bits.
+std::optional<QString> keyNameFromInputSource(quint32 keyCode)
+{
+    const auto &layout = KeyboardLayout::shared();
+    if (keyCode > std::numeric_limits<quint16>::max() && layout.isKnown())
+        qFatal("The key code %u of a shortcut is outside of 16 bits", keyCode);
+    return layout.unshiftedCharacter(keyCode);
+}
 
 } // namespace
 
@@ -151,7 +162,7 @@ QString GlobalHotkeyService::keyName(quint32 keyCode)
         if (named.keyCode == keyCode)
             return named.name.toString();
     }
-    const auto character = KeyboardLayout::shared().unshiftedCharacter(keyCode);
+    const auto character = keyNameFromInputSource(keyCode);
     if (!character || character->isEmpty())
         return u"Key%1"_s.arg(keyCode);
     return character->toUpper();

@@ -41,7 +41,7 @@ public:
     static QString displayString(quint32 keyCode, quint32 modifiers);
 
     /// A key as the user reads it: a fixed name, else what it types under the layout in force now, in capitals, else
-    /// "Key" and its number.
+    /// "Key" and its number. A code that does not fit in 16 bits is fatal, if there is a layout that could be asked.
     static QString keyName(quint32 keyCode);
 
 private:

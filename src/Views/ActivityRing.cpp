@@ -21,8 +21,8 @@ constexpr double dotDiameter = 3;
 constexpr double leastProgress = 0.01;
 constexpr int sixteenths = 16; // The unit of QPainter's angles.
 
-// The tip moves a pixel in 33 to 88 seconds, by the size of the tray: nobody sees a step of 5 seconds.
-constexpr int stepsPerHour = 720;
+// The tip moves a pixel in 33 to 88 seconds, by the size of the tray: nobody sees a step of 10 seconds, one degree.
+constexpr int stepsPerHour = 360;
 
 void drawRing(QPainter &painter, const QSizeF &size, double progress, const QColor &color)
 {

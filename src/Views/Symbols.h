@@ -10,11 +10,22 @@ class QPainter;
 
 namespace korvo {
 
-/// Our own vector artwork for the symbols that the program shows, by the names that the design gives them.
+/// The symbols that the program shows, by the names that the design gives them.
 enum class Symbol {
     timer,
     wifiExclamationmark,
+    stopFill,
+    arrowUpRightSquare,
+    gear,
+    gearBadge,
+    power,
+    playFill,
+    stopCircleFill,
+    playCircle,
 };
+
+/// The design's name, as "stop.circle.fill".
+QString symbolName(Symbol symbol);
 
 /// Draws a symbol into the largest square in the middle of `rect`, in one colour.
 void drawSymbol(QPainter &painter, const QRectF &rect, Symbol symbol, const QColor &color);

@@ -92,6 +92,11 @@ private slots:
     void nearlyAnHourIsANearlyFullRing();
     void lineAndDotAreAsWideAsTheyShould();
     void menuNamesTheRunningTask();
+    void theFirstStartWithANotchSwitchesItsInterfaceOn();
+    void aLaterStartWithANotchLeavesTheSavedValue_data();
+    void aLaterStartWithANotchLeavesTheSavedValue();
+    void aStartWithoutANotchSwitchesItsInterfaceOffWhateverWasSaved();
+    void theEndGivesTheShortcutBack();
 
 private:
     struct World {
@@ -154,7 +159,7 @@ void AppDelegateTest::launchWritesItsLinesInOrder()
     QCOMPARE(m_world->platform.fakeLog.lines,
              QStringList({u"INFO App launched — applicationDidFinishLaunching"_s, u"INFO Status item created"_s,
                           u"INFO Polling started"_s, u"INFO Physical notch detected: false"_s,
-                          u"INFO App launch complete"_s}));
+                          u"INFO No notch — menu bar mode only"_s, u"INFO App launch complete"_s}));
 }
 
 void AppDelegateTest::itemIsNeverBlank()
@@ -477,12 +482,57 @@ void AppDelegateTest::lineAndDotAreAsWideAsTheyShould()
 void AppDelegateTest::menuNamesTheRunningTask()
 {
     launch();
-    QCOMPARE(item().menu.first().label, u"No timer running"_s);
+    QCOMPARE(item().menu.at(2).label, u"No timer running"_s);
     notion().answerRows(trackerQuery, {pages::runningEntry(u"e1"_s, {u"t1"_s})});
     notion().answer(u"GET /pages/t1"_s, pages::task(u"t1"_s, u"Write the letter"_s));
     m_world->platform.fakeClock.advance(60);
-    QTRY_COMPARE(item().menu.first().label, u"Write the letter"_s);
+    QTRY_COMPARE(item().menu.at(2).label, u"Write the letter"_s);
+    QVERIFY(!item().menu.at(2).isEnabled);
     QCOMPARE(item().menu.last().label, u"Quit"_s);
+}
+
+void AppDelegateTest::theFirstStartWithANotchSwitchesItsInterfaceOn()
+{
+    m_world->platform.fakeScreens.setSingle({0, 0, 1512, 982}, 38);
+    m_world->settings.settings.setUseNotchUI(false);
+    launch();
+    QVERIFY(m_world->settings.settings.useNotchUI());
+    QCOMPARE(m_world->platform.fakeDefaults.boolean(u"hasSetNotchDefault4"_s), true);
+    QVERIFY(m_world->platform.fakeLog.lines.contains(u"INFO Physical notch detected: true"_s));
+    QVERIFY(!m_world->platform.fakeLog.lines.contains(u"INFO No notch — menu bar mode only"_s));
+}
+
+void AppDelegateTest::aLaterStartWithANotchLeavesTheSavedValue_data()
+{
+    QTest::addColumn<bool>("saved");
+    QTest::newRow("switched off by the user") << false;
+    QTest::newRow("left on") << true;
+}
+
+void AppDelegateTest::aLaterStartWithANotchLeavesTheSavedValue()
+{
+    QFETCH(const bool, saved);
+    m_world->platform.fakeScreens.setSingle({0, 0, 1512, 982}, 38);
+    m_world->platform.fakeDefaults.set({{u"hasSetNotchDefault4"_s, true}});
+    m_world->settings.settings.setUseNotchUI(saved);
+    launch();
+    QCOMPARE(m_world->settings.settings.useNotchUI(), saved);
+}
+
+void AppDelegateTest::aStartWithoutANotchSwitchesItsInterfaceOffWhateverWasSaved()
+{
+    m_world->settings.settings.setUseNotchUI(true);
+    launch();
+    QVERIFY(!m_world->settings.settings.useNotchUI());
+    QVERIFY(!m_world->platform.fakeDefaults.contains(u"hasSetNotchDefault4"_s));
+}
+
+void AppDelegateTest::theEndGivesTheShortcutBack()
+{
+    launch();
+    QVERIFY(m_world->platform.keyGrabber);
+    m_world->delegate->applicationWillTerminate();
+    QVERIFY(!m_world->platform.keyGrabber->isInstalled);
 }
 
 QTEST_MAIN(AppDelegateTest)

@@ -1,4 +1,5 @@
 #include "EndToEnd/TrayLookUp.h"
+#include "Platform/TrayOnScreen.h"
 
 #include <QFile>
 #include <QProcess>
@@ -49,6 +50,7 @@ private slots:
     void theItemSaysThatNoTimerIsRunning();
     void launchIsLoggedInOrderAndNothingIsPolled();
     void quitFromTheMenuEndsWithStatusZero();
+    void aSecondStartOpensThePanelOfTheFirstOneAndLeaves();
 
 private:
     QStringList log() const; ///< Its messages, without the time.
@@ -124,5 +126,20 @@ void UnconfiguredTest::quitFromTheMenuEndsWithStatusZero()
     QVERIFY(messages.filter(u"[ERROR]"_s).isEmpty());
 }
 
-QTEST_GUILESS_MAIN(UnconfiguredTest)
+void UnconfiguredTest::aSecondStartOpensThePanelOfTheFirstOneAndLeaves()
+{
+    const QColor panelGround(20, 20, 20);
+    QVERIFY(findOnScreen(panelGround).width() < 300);
+    QProcess second;
+    second.setProcessEnvironment(m_korvo->processEnvironment());
+    second.start(qEnvironmentVariable("KORVO"), QStringList());
+    QTRY_COMPARE_WITH_TIMEOUT(second.state(), QProcess::NotRunning, patience);
+    QCOMPARE(second.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(second.exitCode(), 0);
+    QTRY_VERIFY_WITH_TIMEOUT(findOnScreen(panelGround).width() >= 300, patience);
+    QCOMPARE(m_korvo->state(), QProcess::Running);
+    QCOMPARE(log().count(u"[INFO] App launch complete"_s), 1);
+}
+
+QTEST_MAIN(UnconfiguredTest)
 #include "UnconfiguredTest.moc"

@@ -9,7 +9,7 @@
 
 namespace korvo {
 
-/// A panel that holds its content as a real one does, in a window that nobody sees, and notes what it is told.
+/// A panel that holds its content as a real one does, in a plain window, and notes what it is told.
 class FakePanel final : public Panel {
 public:
     explicit FakePanel(const PanelStyle &panelStyle = {}) : style(panelStyle) { }
@@ -45,16 +45,18 @@ public:
     {
         calls.append(QStringLiteral("orderFront"));
         m_isVisible = true;
+        window.show();
     }
     void orderOut() override
     {
         calls.append(QStringLiteral("orderOut"));
         m_isVisible = false;
+        window.hide();
     }
     bool isVisible() const override { return m_isVisible; }
 
     const PanelStyle style;
-    QWidget &window = *new QWidget; ///< Holds the content, and is never shown.
+    QWidget &window = *new QWidget; ///< Holds the content.
     QPointer<QWidget> content;
     QRect frame;
     QList<QRect> frames; ///< Of each call, in order.

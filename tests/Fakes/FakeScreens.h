@@ -10,9 +10,9 @@ public:
     QList<Screen> screens() const override { return all; }
 
     /// One screen as of a laptop whose camera housing is `inset` high; 0 for one without.
-    void setSingle(const QRectF &geometry, double inset = 0) { all = {{geometry, inset}}; }
+    void setSingle(const QRectF &geometry, double inset = 0) { all = {{geometry, inset, geometry}}; }
 
-    QList<Screen> all{{QRectF(0, 0, 1280, 800), 0}};
+    QList<Screen> all{{QRectF(0, 0, 1280, 800), 0, QRectF(0, 24, 1280, 776)}};
 };
 
 } // namespace korvo

@@ -27,9 +27,10 @@ public:
         text = newText;
     }
     void setMenu(const QList<StatusMenuEntry> &newMenu) override { menu = newMenu; }
+    QRect button() const override { return place; }
     bool isShown() const override { return m_isShown; }
 
-    void click(const QRect &button = QRect(1000, 0, 24, 24)) { emit activated(button); }
+    void click() { emit activated(place); }
 
     /// Runs the action of the menu entry with that label; false if there is none that can be chosen.
     bool choose(const QString &label)
@@ -50,6 +51,7 @@ public:
             emit isShownChanged();
     }
 
+    QRect place{1000, 0, 24, 24};
     StatusImage image;
     QString title;
     QString headline;

@@ -2,14 +2,12 @@
 
 #include "Fakes/FakeLoginItem.h"
 #include "Fakes/FakeSystemLog.h"
+#include "Fakes/OutputOf.h"
 #include "Fakes/TestSettings.h"
 
-#include <QTemporaryFile>
 #include <QTest>
 
-#include <cstdio>
 #include <memory>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace korvo;
@@ -19,23 +17,6 @@ using Status = LoginItem::Status;
 Q_DECLARE_METATYPE(korvo::LoginItem::Status)
 
 namespace {
-
-/// What a call writes to the standard output of this process.
-template <typename Call> QByteArray outputOf(Call call)
-{
-    QTemporaryFile file;
-    if (!file.open())
-        return "(no file)";
-    std::fflush(stdout);
-    const int output = ::dup(STDOUT_FILENO);
-    ::dup2(file.handle(), STDOUT_FILENO);
-    call();
-    std::fflush(stdout);
-    ::dup2(output, STDOUT_FILENO);
-    ::close(output);
-    file.seek(0);
-    return file.readAll();
-}
 
 /// Notes what the store holds at the moment it is asked.
 class StoreWatchingLoginItem final : public LoginItem {

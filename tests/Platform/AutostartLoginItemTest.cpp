@@ -1,5 +1,8 @@
 #include "Platform/Linux/AutostartLoginItem.h"
 
+#include "Fakes/OutputOf.h"
+#include "Fakes/TestSettings.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -56,7 +59,10 @@ private slots:
     void aLinkIsWrittenThrough();
     void unregisteringLeavesWhatALinkLeadsTo();
 
-    void aFolderThatCannotBeMadeIsAFailure();
+    void aFolderThatTakesNoEntryIsAFailure_data();
+    void aFolderThatTakesNoEntryIsAFailure();
+    void anEntryThatIsALinkToItselfGivesWay();
+    void theSettingOutlivesAFolderThatTakesNoEntry();
     void anEntryThatIsNoFileIsAFailure_data();
     void anEntryThatIsNoFileIsAFailure();
     void aFullDiskLeavesTheFormerEntry();
@@ -387,11 +393,85 @@ void AutostartLoginItemTest::unregisteringLeavesWhatALinkLeadsTo()
     QCOMPARE(read(real), "[Desktop Entry]\n"_ba);
 }
 
-void AutostartLoginItemTest::aFolderThatCannotBeMadeIsAFailure()
+void AutostartLoginItemTest::aFolderThatTakesNoEntryIsAFailure_data()
 {
-    QVERIFY(write(path(u"config"_s), "A file in the place of the folder"_ba));
-    QCOMPARE(item().registerItem(), path(u"config/autostart"_s) + u": The folder cannot be made"_s);
+    // What stands in the way, under the folder of the test: a file if `target` is empty, else a link that leads there.
+    QTest::addColumn<QString>("obstacle");
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<QString>("failedPath"); // Of what the failure tells.
+    QTest::addColumn<QString>("reason");     // Empty if it is in the system's words.
+    const auto cannotBeMade = u"The folder cannot be made"_s;
+    const auto config = u"config"_s;
+    const auto autostart = u"config/autostart"_s;
+    const auto entry = u"config/autostart/com.korvo.app.desktop"_s;
+    const auto row = [](const char *name, const QString &obstacle, const QString &target, const QString &failedPath,
+                        const QString &reason) { QTest::newRow(name) << obstacle << target << failedPath << reason; };
+    // Nobody makes a file in /proc, not even root, whom no permission holds back.
+    row("the configuration folder is a file", config, {}, autostart, cannotBeMade);
+    row("the configuration folder is a link that leads nowhere", config, u"nowhere"_s, autostart, cannotBeMade);
+    row("the configuration folder takes no folder", config, u"/proc/self"_s, autostart, cannotBeMade);
+    row("the autostart folder is a file", autostart, {}, autostart, cannotBeMade);
+    row("the autostart folder is a link that leads nowhere", autostart, u"nowhere"_s, autostart, cannotBeMade);
+    row("the autostart folder is a link to itself", autostart, u"autostart"_s, autostart, cannotBeMade);
+    row("the autostart folder takes no file", autostart, u"/proc/self"_s, entry, {});
+    row("the entry is a link into a folder that is missing", entry, u"../../missing/entry"_s, entry, {});
+    row("the entry is a link into a folder that takes no file", entry, u"/proc/self/entry"_s, entry, {});
+}
+
+void AutostartLoginItemTest::aFolderThatTakesNoEntryIsAFailure()
+{
+    QFETCH(QString, obstacle);
+    QFETCH(QString, target);
+    QFETCH(QString, failedPath);
+    QFETCH(QString, reason);
+    const auto text = "A file in the place of the folder"_ba;
+    QVERIFY(QDir().mkpath(QFileInfo(path(obstacle)).path()));
+    QVERIFY(target.isEmpty() ? write(path(obstacle), text) : QFile::link(target, path(obstacle)));
+    const bool isEntry = path(obstacle) == entryPath();
+    const auto status = isEntry ? Status::notFound : Status::notRegistered;
+    QVERIFY(item().status() == status);
+    for (int i = 0; i < 2; ++i) { // The first attempt leaves nothing behind that would make the second another.
+        const auto failure = item().registerItem();
+        QVERIFY(failure);
+        QVERIFY2(failure->startsWith(path(failedPath) + u": "_s), qPrintable(*failure));
+        if (reason.isEmpty())
+            QVERIFY2(failure->size() > path(failedPath).size() + 2, qPrintable(*failure));
+        else
+            QCOMPARE(*failure, path(failedPath) + u": "_s + reason);
+        QVERIFY(item().status() == status);
+    }
+    if (target.isEmpty())
+        QCOMPARE(read(path(obstacle)), text);
+    else
+        QVERIFY(QFileInfo(path(obstacle)).isSymLink());
+    QCOMPARE(item().unregisterItem(), std::nullopt); // Of the entry the link itself is taken away.
     QVERIFY(item().status() == Status::notRegistered);
+    QCOMPARE(QFileInfo(path(obstacle)).isSymLink(), !target.isEmpty() && !isEntry);
+}
+
+void AutostartLoginItemTest::anEntryThatIsALinkToItselfGivesWay()
+{
+    QVERIFY(QDir().mkpath(QFileInfo(entryPath()).path()));
+    QVERIFY(QFile::link(u"com.korvo.app.desktop"_s, entryPath()));
+    QVERIFY(item().status() == Status::notFound);
+    QCOMPARE(item().registerItem(), std::nullopt);
+    QVERIFY(!QFileInfo(entryPath()).isSymLink());
+    QVERIFY(item().status() == Status::enabled);
+}
+
+/// The setting stays as the user chose it, and the words go to the standard output.
+void AutostartLoginItemTest::theSettingOutlivesAFolderThatTakesNoEntry()
+{
+    QVERIFY(write(path(u"config/autostart"_s), {}));
+    auto broken = item();
+    LoginItem::setShared(&broken);
+    TestSettings test;
+    const auto output = outputOf([&test] { test.settings.setLaunchAtLogin(true); });
+    LoginItem::setShared(nullptr);
+    QCOMPARE(output,
+             "Launch at login error: " + path(u"config/autostart"_s).toUtf8() + ": The folder cannot be made\n");
+    QVERIFY(test.settings.launchAtLogin());
+    QVERIFY(TestSettings(test.defaults.values).settings.launchAtLogin()); // After a restart.
 }
 
 void AutostartLoginItemTest::anEntryThatIsNoFileIsAFailure_data()

@@ -1,11 +1,11 @@
 #include "Platform/Freedesktop/DesktopNotifications.h"
 
+#include "PrivateBus.h"
+
 #include <QDBusArgument>
 #include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
@@ -224,8 +224,20 @@ void DesktopNotificationsTest::withoutTheServiceThePortalIsTold()
     QCOMPARE(call.interface(), u"org.freedesktop.portal.Notification"_s);
     QCOMPARE(call.signature(), u"sa{sv}"_s);
     QCOMPARE(call.arguments().at(0).toString(), u"timerReminder-42"_s);
-    QCOMPARE(mapOf(call.arguments().at(1)),
+    auto members = mapOf(call.arguments().at(1));
+    const auto icon = members.take(u"icon"_s).value<QDBusArgument>();
+    QCOMPARE(members,
              QVariantMap({{u"title"_s, u"Timer Running"_s}, {u"body"_s, reminder.body}, {u"priority"_s, u"normal"_s}}));
+    // A themed icon in the form that icons are sent in, ('themed', <['com.korvo.app']>).
+    QCOMPARE(icon.currentSignature(), u"(sv)"_s);
+    QString kind;
+    QDBusVariant names;
+    icon.beginStructure();
+    icon >> kind >> names;
+    icon.endStructure();
+    QCOMPARE(kind, u"themed"_s);
+    QCOMPARE(names.variant().userType(), int(QMetaType::QStringList)); // The type "as".
+    QCOMPARE(names.variant().toStringList(), QStringList(u"com.korvo.app"_s));
 }
 
 void DesktopNotificationsTest::aServiceThatIsKeptFromUsIsMissing_data()
@@ -307,28 +319,17 @@ void DesktopNotificationsTest::withoutABusNothingHappens()
 
 void DesktopNotificationsTest::aBusThatGoesAwayCrashesNothing()
 {
-    const QTemporaryDir folder;
-    QFile config(folder.filePath(u"bus.conf"_s));
-    QVERIFY(config.open(QIODevice::WriteOnly));
-    config.write("<busconfig><type>session</type><listen>unix:dir=" + QFile::encodeName(folder.path())
-                 + "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow send_destination=\"*\"/>"
-                   "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>");
-    config.close();
-    QProcess daemon;
-    daemon.start(u"dbus-daemon"_s, {u"--nofork"_s, u"--print-address"_s, u"--config-file"_s, config.fileName()});
-    QVERIFY(daemon.waitForReadyRead());
-    const auto address = QString::fromLatin1(daemon.readLine().trimmed());
-
+    PrivateBus bus;
+    QVERIFY(bus.start());
     FakeService service(u"org.freedesktop.Notifications"_s, u"/org/freedesktop/Notifications"_s, u"dying service"_s,
-                        address);
+                        bus.address());
     service.isSilent = true;
     QVERIFY(service.start());
-    QVERIFY(QDBusConnection::connectToBus(address, u"dying"_s).isConnected());
+    QVERIFY(QDBusConnection::connectToBus(bus.address(), u"dying"_s).isConnected());
     DesktopNotifications notifications([] { return QDBusConnection(u"dying"_s); });
     notifications.add(reminder);
     QTRY_COMPARE(service.calls.size(), 1);
-    daemon.kill();
-    QVERIFY(daemon.waitForFinished());
+    QVERIFY(bus.kill());
     QTRY_VERIFY(isIdle(notifications)); // The question ends with the bus.
     QTRY_VERIFY(!QDBusConnection(u"dying"_s).isConnected());
     notifications.add(reminder);

@@ -50,7 +50,9 @@ QVariant listOf(const QString &id)
 
 } // namespace
 
-FakePortal::FakePortal() : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"portal"_s))
+FakePortal::FakePortal(const QString &address) :
+    m_bus(address.isEmpty() ? QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"portal"_s)
+                            : QDBusConnection::connectToBus(address, u"portal"_s))
 {
     qDBusRegisterMetaType<BoundShortcut>();
     qDBusRegisterMetaType<QList<BoundShortcut>>();
@@ -123,6 +125,8 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
 
 void FakePortal::answer(const QDBusMessage &message, Reply reply, const QVariantMap &results)
 {
+    if (reply == Reply::silent)
+        return;
     if (reply == Reply::error) {
         m_bus.send(message.createErrorReply(u"org.freedesktop.portal.Error.Failed"_s, u"No"_s));
         return;

@@ -19,11 +19,12 @@ public:
         nothingBound,
         anotherBound,
         misshapen,
-        never,
+        never,  ///< A reply to the call, but no answer.
+        silent, ///< Not even a reply.
         error,
     };
 
-    FakePortal();
+    explicit FakePortal(const QString &address = {}); ///< Of its bus; that of the session if it is empty.
     ~FakePortal() override;
 
     /// Comes on the bus, and goes from it.

@@ -31,6 +31,8 @@ void NoX11Test::noKeyHasACharacterOnAnotherWindowSystem()
     const XkbKeyboardLayout layout;
     KeyboardLayout::setShared(&layout);
     QCOMPARE(GlobalHotkeyService::displayString(45, 768), u"⇧⌘Key45"_s);
+    QCOMPARE(GlobalHotkeyService::displayString(70000, 768), u"⇧⌘Key70000"_s); // There is nobody to ask.
+    QVERIFY(!layout.isKnown());
     QCOMPARE(layout.keysymName(45), QString());
     KeyboardLayout::setShared(nullptr);
 }

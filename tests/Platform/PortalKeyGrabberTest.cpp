@@ -2,8 +2,10 @@
 
 #include "FakePortal.h"
 #include "Fakes/FakeSystemLog.h"
+#include "PrivateBus.h"
 #include "Services/GlobalHotkeyService.h"
 
+#include <QCoreApplication>
 #include <QDBusConnectionInterface>
 #include <QDBusServiceWatcher>
 #include <QSignalSpy>
@@ -15,6 +17,31 @@ using namespace Qt::StringLiterals;
 using namespace korvo;
 
 using Reply = FakePortal::Reply;
+
+namespace {
+
+QString keysymName(quint32 keyCode)
+{
+    return keyCode == 45 ? u"n"_s : keyCode == 96 ? u"F5"_s : QString();
+}
+
+} // namespace
+
+/// Notices that a connection has lost its bus.
+class BusEnd : public QObject {
+    Q_OBJECT
+public:
+    explicit BusEnd(QDBusConnection bus)
+    {
+        bus.connect(QString(), u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s, u"Disconnected"_s,
+                    this, SLOT(notice()));
+    }
+
+    bool isNoticed = false;
+
+private:
+    Q_SLOT void notice() { isNoticed = true; }
+};
 
 class PortalKeyGrabberTest : public QObject {
     Q_OBJECT
@@ -29,6 +56,7 @@ private slots:
     void triggersAreSpeltAsPortalsDo();
     void othersShortcutsDoNotFire_data();
     void othersShortcutsDoNotFire();
+    void pressesAreToldBetweenInstallAndUninstall();
     void aRefusalIsLoggedOnce_data();
     void aRefusalIsLoggedOnce();
     void withoutAPortalTheFailureIsLogged();
@@ -46,16 +74,24 @@ private slots:
     void unregisterBeforeTheAnswerTakesTheQuestionBack();
     void aNewShortcutReplacesTheFormer();
     void theCallbackMayUnregister();
-    void aLostBusCrashesNothing();
+    void aBusThatDiesIsLoggedOnce_data();
+    void aBusThatDiesIsLoggedOnce();
+    void afterTheBusHasDiedAShortcutFailsAtOnce();
+    void aBusThatDiesWithNothingBoundIsNotLogged_data();
+    void aBusThatDiesWithNothingBoundIsNotLogged();
+    void onABusThatHasDiedTheFailureIsLogged();
+    void aClosedConnectionCrashesNothing();
 
 private:
     QStringList errors() const { return m_log->messages(SystemLog::Level::error); }
     bool isBound() const { return m_portal->calls.contains(u"BindShortcuts"_s); }
     void registerShortcut();
     void stopPortal();
+    bool moveToDyingBus();
 
     int m_presses = 0;
     std::unique_ptr<FakeSystemLog> m_log;
+    std::unique_ptr<PrivateBus> m_dyingBus;
     std::unique_ptr<FakePortal> m_portal;
     std::unique_ptr<PortalKeyGrabber> m_grabber;
     std::unique_ptr<GlobalHotkeyService> m_service;
@@ -67,9 +103,7 @@ void PortalKeyGrabberTest::init()
     m_log = std::make_unique<FakeSystemLog>();
     m_portal = std::make_unique<FakePortal>();
     QVERIFY(m_portal->start());
-    m_grabber = std::make_unique<PortalKeyGrabber>([](quint32 keyCode) {
-        return keyCode == 45 ? u"n"_s : keyCode == 96 ? u"F5"_s : QString();
-    });
+    m_grabber = std::make_unique<PortalKeyGrabber>(&keysymName);
     m_service = std::make_unique<GlobalHotkeyService>(*m_grabber);
 }
 
@@ -78,6 +112,8 @@ void PortalKeyGrabberTest::cleanup()
     m_service.reset();
     m_grabber.reset();
     m_portal.reset();
+    QDBusConnection::disconnectFromBus(u"dying"_s);
+    m_dyingBus.reset();
     m_log.reset();
 }
 
@@ -96,6 +132,22 @@ void PortalKeyGrabberTest::stopPortal()
     QVERIFY(QDBusConnection::sessionBus().interface()->isServiceRegistered(u"org.freedesktop.portal.Desktop"_s));
     m_portal->stop();
     QTRY_COMPARE(gone.count(), 1);
+}
+
+/// Portal, shortcut and all on a bus of their own.
+bool PortalKeyGrabberTest::moveToDyingBus()
+{
+    m_service.reset();
+    m_grabber.reset();
+    m_portal.reset();
+    m_dyingBus = std::make_unique<PrivateBus>();
+    if (!m_dyingBus->start())
+        return false;
+    m_portal = std::make_unique<FakePortal>(m_dyingBus->address());
+    m_grabber = std::make_unique<PortalKeyGrabber>(&keysymName,
+                                                   QDBusConnection::connectToBus(m_dyingBus->address(), u"dying"_s));
+    m_service = std::make_unique<GlobalHotkeyService>(*m_grabber);
+    return m_portal->start();
 }
 
 void PortalKeyGrabberTest::aShortcutIsBoundAndFires_data()
@@ -177,6 +229,28 @@ void PortalKeyGrabberTest::othersShortcutsDoNotFire()
     QCOMPARE(m_presses, 1);
 }
 
+void PortalKeyGrabberTest::pressesAreToldBetweenInstallAndUninstall()
+{
+    PortalKeyGrabber grabber(&keysymName);
+    const QSignalSpy pressed(&grabber, &KeyGrabber::pressed);
+    grabber.grab(45, 768);
+    QTRY_VERIFY(isBound());
+    m_portal->activate(m_portal->session, u"quick-add"_s);
+    grabber.grab(45, 768); // Its answers come behind that press.
+    QTRY_COMPARE(m_portal->calls.count(u"BindShortcuts"_s), 2);
+    QCOMPARE(pressed.count(), 0);
+    grabber.install();
+    m_portal->activate(m_portal->session, u"quick-add"_s);
+    QTRY_COMPARE(pressed.count(), 1);
+    grabber.uninstall();
+    grabber.grab(45, 768);
+    QTRY_COMPARE(m_portal->calls.count(u"BindShortcuts"_s), 3);
+    m_portal->activate(m_portal->session, u"quick-add"_s);
+    grabber.grab(45, 768);
+    QTRY_COMPARE(m_portal->calls.count(u"BindShortcuts"_s), 4);
+    QCOMPARE(pressed.count(), 1);
+}
+
 void PortalKeyGrabberTest::aRefusalIsLoggedOnce_data()
 {
     QTest::addColumn<int>("onCreate");
@@ -233,8 +307,10 @@ void PortalKeyGrabberTest::withoutABusTheFailureIsLogged()
                              QDBusConnection::connectToBus(u"unix:path=/nonexistent"_s, u"none"_s));
     GlobalHotkeyService service(grabber);
     service.registerHotkey(45, 768, [] {});
-    QTRY_COMPARE(errors(), (QStringList{u"Failed to register hotkey: -1"_s}));
+    QCOMPARE(errors(), (QStringList{u"Failed to register hotkey: -1"_s})); // At once.
     service.unregister();
+    QCoreApplication::processEvents();
+    QCOMPARE(errors().size(), 1);
     QDBusConnection::disconnectFromBus(u"none"_s);
 }
 
@@ -391,17 +467,113 @@ void PortalKeyGrabberTest::theCallbackMayUnregister()
     QTRY_COMPARE(m_portal->openSessions, QStringList());
 }
 
-void PortalKeyGrabberTest::aLostBusCrashesNothing()
+void PortalKeyGrabberTest::aBusThatDiesIsLoggedOnce_data()
 {
-    const auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"lost"_s);
-    PortalKeyGrabber grabber([](quint32) { return u"n"_s; }, bus);
-    GlobalHotkeyService service(grabber);
-    service.registerHotkey(45, 768, [] {});
+    QTest::addColumn<int>("onCreate");
+    QTest::addColumn<int>("onBind");
+    QTest::addColumn<QString>("question"); // The last one before it dies.
+    QTest::newRow("while the shortcut is bound") << int(Reply::yes) << int(Reply::yes) << u"BindShortcuts"_s;
+    QTest::newRow("while a session is asked for") << int(Reply::never) << int(Reply::yes) << u"CreateSession"_s;
+    QTest::newRow("while the shortcut is asked for") << int(Reply::yes) << int(Reply::never) << u"BindShortcuts"_s;
+    QTest::newRow("before any answer to a session") << int(Reply::silent) << int(Reply::yes) << u"CreateSession"_s;
+    QTest::newRow("before any answer to the shortcut") << int(Reply::yes) << int(Reply::silent) << u"BindShortcuts"_s;
+}
+
+void PortalKeyGrabberTest::aBusThatDiesIsLoggedOnce()
+{
+    QFETCH(int, onCreate);
+    QFETCH(int, onBind);
+    QFETCH(QString, question);
+    QVERIFY(moveToDyingBus());
+    m_portal->onCreate = Reply(onCreate);
+    m_portal->onBind = Reply(onBind);
+    registerShortcut();
+    QTRY_VERIFY(m_portal->calls.contains(question));
+    if (m_portal->onCreate == Reply::yes && m_portal->onBind == Reply::yes) {
+        m_portal->activate(m_portal->session, u"quick-add"_s);
+        QTRY_COMPARE(m_presses, 1);
+    }
+    const int presses = m_presses;
+    QVERIFY(m_dyingBus->kill());
+    QTRY_COMPARE(errors(), (QStringList{u"Failed to register hotkey: -4"_s}));
+    QTRY_VERIFY(!QDBusConnection(u"dying"_s).isConnected());
+    m_portal->activate(m_portal->session, u"quick-add"_s);
+    m_service->unregister();
+    m_service.reset();
+    m_grabber.reset();
+    QCoreApplication::processEvents();
+    QCOMPARE(errors().size(), 1);
+    QCOMPARE(m_presses, presses);
+}
+
+void PortalKeyGrabberTest::afterTheBusHasDiedAShortcutFailsAtOnce()
+{
+    QVERIFY(moveToDyingBus());
+    registerShortcut();
     QTRY_VERIFY(isBound());
-    QDBusConnection::disconnectFromBus(u"lost"_s);
-    service.registerHotkey(96, 768, [] {});
-    service.unregister();
-    QVERIFY(m_portal->calls.size() >= 2);
+    QVERIFY(m_dyingBus->kill());
+    QTRY_COMPARE(errors(), (QStringList{u"Failed to register hotkey: -4"_s}));
+    m_log->lines.clear();
+    QCOMPARE(m_grabber->grab(96, 768), int(KeyGrabber::notSupported));
+    QCOMPARE(m_log->lines, QStringList());
+    for (int i = 0; i < 2; ++i) {
+        m_log->lines.clear();
+        registerShortcut();
+        QCOMPARE(m_log->lines, (QStringList{u"ERROR Failed to register hotkey: -1"_s}));
+    }
+    m_service->unregister();
+    QCoreApplication::processEvents();
+    QCOMPARE(errors().size(), 1);
+}
+
+void PortalKeyGrabberTest::aBusThatDiesWithNothingBoundIsNotLogged_data()
+{
+    QTest::addColumn<bool>("isRefused");
+    QTest::newRow("nothing was asked for") << false;
+    QTest::newRow("the shortcut was refused") << true;
+}
+
+void PortalKeyGrabberTest::aBusThatDiesWithNothingBoundIsNotLogged()
+{
+    QFETCH(bool, isRefused);
+    QVERIFY(moveToDyingBus());
+    m_portal->onBind = isRefused ? Reply::refused : Reply::yes;
+    registerShortcut();
+    if (isRefused)
+        QTRY_COMPARE(errors(), (QStringList{u"Failed to register hotkey: 1"_s}));
+    else
+        m_service->unregister();
+    const auto lines = m_log->lines;
+    // Who is told of the end after the grabber.
+    BusEnd end(QDBusConnection(u"dying"_s));
+    QVERIFY(m_dyingBus->kill());
+    QTRY_VERIFY(end.isNoticed);
+    QCOMPARE(m_log->lines, lines);
+}
+
+void PortalKeyGrabberTest::onABusThatHasDiedTheFailureIsLogged()
+{
+    QVERIFY(moveToDyingBus());
+    QVERIFY(m_dyingBus->kill());
+    QTRY_VERIFY(!QDBusConnection(u"dying"_s).isConnected());
+    m_service.reset();
+    m_grabber = std::make_unique<PortalKeyGrabber>(&keysymName, QDBusConnection(u"dying"_s));
+    m_service = std::make_unique<GlobalHotkeyService>(*m_grabber);
+    registerShortcut();
+    QCOMPARE(m_log->lines, (QStringList{u"ERROR Failed to register hotkey: -1"_s}));
+    m_service->unregister();
+}
+
+/// The connection is closed from this side, by name, which other code of the process might do.
+void PortalKeyGrabberTest::aClosedConnectionCrashesNothing()
+{
+    QVERIFY(moveToDyingBus());
+    registerShortcut();
+    QTRY_VERIFY(isBound());
+    QDBusConnection::disconnectFromBus(u"dying"_s);
+    m_service->registerHotkey(96, 768, [] {});
+    m_service->unregister();
+    QCOMPARE(m_presses, 0);
 }
 
 QTEST_GUILESS_MAIN(PortalKeyGrabberTest)

@@ -13,6 +13,7 @@ using namespace korvo;
 namespace {
 
 constexpr int patience = 10000;
+constexpr int patienceForWords = 5000; // Of a window that is there, and stays for about ten seconds.
 
 /// The windows on the screen that belong to the notification service, by their X identifiers.
 QStringList bubbles()
@@ -23,23 +24,43 @@ QStringList bubbles()
     return QString::fromLatin1(search.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
 }
 
-QImage screenshot(WId window = 0)
+/// The one window among them that `former` has not; 0 until it is there.
+WId newBubble(const QStringList &former)
+{
+    auto found = bubbles();
+    for (const auto &window : former)
+        found.removeAll(window);
+    return found.size() == 1 ? WId(found.first().toULongLong()) : 0;
+}
+
+QImage screenshot(WId window)
 {
     return QGuiApplication::primaryScreen()->grabWindow(window).toImage();
 }
 
-/// Whether a picture has light and dark in it, as text on any ground has.
-bool hasText(const QImage &picture)
+/// The rows, from the first to the last, in which two pictures differ: all of them if their sizes do.
+struct Rows {
+    int first = -1; ///< None if the pictures are the same.
+    int last = -1;
+
+    bool isEmpty() const { return first < 0; }
+};
+
+Rows differingRows(const QImage &one, const QImage &other)
 {
-    int darkest = 255;
-    int lightest = 0;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x) {
-            darkest = qMin(darkest, qGray(picture.pixel(x, y)));
-            lightest = qMax(lightest, qGray(picture.pixel(x, y)));
+    if (one.size() != other.size())
+        return {0, one.height() - 1};
+    Rows rows;
+    for (int y = 0; y < one.height(); ++y) {
+        for (int x = 0; x < one.width(); ++x) {
+            if (one.pixel(x, y) == other.pixel(x, y))
+                continue;
+            rows.first = rows.isEmpty() ? y : rows.first;
+            rows.last = y;
+            break;
         }
     }
-    return lightest - darkest > 100;
+    return rows;
 }
 
 } // namespace
@@ -48,22 +69,54 @@ bool hasText(const QImage &picture)
 class RealNotificationTest : public QObject {
     Q_OBJECT
 private slots:
-    void aBubbleAppearsOnTheScreen();
+    void aBubbleShowsTitleAndBody();
+
+private:
+    /// The window of a new bubble; 0 if none comes.
+    WId show(const QString &title, const QString &body);
+
+    DesktopNotifications m_notifications;
 };
 
-void RealNotificationTest::aBubbleAppearsOnTheScreen()
+WId RealNotificationTest::show(const QString &title, const QString &body)
+{
+    const auto former = bubbles();
+    m_notifications.add({.identifier = u"timerReminder-1"_s, .title = title, .body = body});
+    WId window = 0;
+    return QTest::qWaitFor([&] { return (window = newBubble(former)) != 0; }, patience) ? window : 0;
+}
+
+/// A bubble with other words in its title differs from the first in rows above those where one with another body does.
+/// The others say the same words in another order, which makes them as wide and high.
+void RealNotificationTest::aBubbleShowsTitleAndBody()
 {
     QCOMPARE(bubbles(), QStringList());
-    const auto before = screenshot();
-    DesktopNotifications notifications;
-    notifications.requestAuthorization();
-    notifications.add({.identifier = u"timerReminder-1"_s,
-                       .title = u"Timer Running"_s,
-                       .body = u"Your timer has been running for over 8 hours. <A & B>"_s});
-    QTRY_COMPARE_WITH_TIMEOUT(bubbles().size(), 1, patience);
-    const auto window = WId(bubbles().value(0).toULongLong());
-    QTRY_VERIFY_WITH_TIMEOUT(hasText(screenshot(window)), patience);
-    QTRY_VERIFY_WITH_TIMEOUT(screenshot() != before, patience);
+    m_notifications.requestAuthorization();
+    const auto title = u"Timer Running"_s;
+    const auto body = u"Over 8 hours <A & B>"_s;
+    const auto window = show(title, body);
+    const auto twin = show(title, body);
+    const auto otherTitle = show(u"Running Timer"_s, body);
+    const auto otherBody = show(title, u"<A & B> Over 8 hours"_s);
+    QVERIFY(window && twin && otherTitle && otherBody);
+
+    Rows same, titleRows, bodyRows;
+    const auto areDrawn = [&] {
+        const auto picture = screenshot(window);
+        same = differingRows(picture, screenshot(twin));
+        titleRows = differingRows(picture, screenshot(otherTitle));
+        bodyRows = differingRows(picture, screenshot(otherBody));
+        // Bubbles go by themselves, and a window that has gone has no picture.
+        const bool areThere = bubbles().size() == 4;
+        return areThere && same.isEmpty() && !titleRows.isEmpty() && !bodyRows.isEmpty()
+            && titleRows.last < bodyRows.first;
+    };
+    const bool isDrawn = QTest::qWaitFor(areDrawn, patienceForWords); // A window may be there before its words.
+    QVERIFY2(isDrawn,
+             qPrintable(u"title in rows %1 to %2, body in %3 to %4"_s.arg(titleRows.first)
+                            .arg(titleRows.last)
+                            .arg(bodyRows.first)
+                            .arg(bodyRows.last)));
 }
 
 QTEST_MAIN(RealNotificationTest)

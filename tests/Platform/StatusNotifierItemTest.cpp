@@ -488,8 +488,11 @@ void StatusNotifierItemTest::aPictureIsDrawnWhenItIsAskedFor()
     m_item->setImage(image(u"b"_s));
     QCOMPARE(sent(), QStringList());
     QCOMPARE(m_drawings, 0);
+    QCOMPARE(readPixmaps(m_tray->itemProperty(u"IconPixmap"_s)).size(), 5);
+    QVERIFY(m_drawings >= 5);
+    m_drawings = 0;
     m_tray->itemProperty(u"IconPixmap"_s);
-    QCOMPARE(m_drawings, 5);
+    QCOMPARE(m_drawings, 0);
 }
 
 void StatusNotifierItemTest::aNewPictureIsToldOnce()

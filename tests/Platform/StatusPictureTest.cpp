@@ -50,6 +50,7 @@ private slots:
     void pictureFillsTheSquare();
     void aWidePictureStaysInProportion();
     void aPictureWithoutDrawingIsEmpty();
+    void drawingAPictureWakesNoThreads();
     void templateTakesTheInkThatReads_data();
     void templateTakesTheInkThatReads();
     void templateOnAnUnknownBackdropHasADarkRim();
@@ -223,6 +224,20 @@ void StatusPictureTest::withoutAFolderThereIsNoFile()
     QFETCH(QString, folder);
     StatusIconFile file(folder);
     QCOMPARE(file.pathFor(filled(u"1"_s, Qt::red), Backdrop::unknown), QString());
+}
+
+void StatusPictureTest::drawingAPictureWakesNoThreads()
+{
+    const StatusImage ring{u"ring"_s, u""_s, QSizeF(18, 18), [](QPainter &painter, const QSizeF &) {
+                               painter.setPen(QPen(QColor(255, 0, 0, 50), 2.5)); // What is opaque is filled at once.
+                               painter.drawEllipse(QPointF(9, 9), 6.5, 6.5);
+                           }};
+    const auto threads = QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const int side : statusPictureSizes) {
+        renderStatusImage(ring, side, Backdrop::dark);
+        renderStatusImage(disc(), side, Backdrop::unknown);
+    }
+    QCOMPARE(QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot), threads);
 }
 
 QTEST_MAIN(StatusPictureTest)

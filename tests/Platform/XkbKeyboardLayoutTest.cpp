@@ -6,6 +6,8 @@
 #include <QGuiApplication>
 #include <QTest>
 
+#include <xkbcommon/xkbcommon.h>
+
 using namespace Qt::StringLiterals;
 using namespace korvo;
 
@@ -20,11 +22,14 @@ private slots:
     void aKeyGivesItsUnshiftedCharacter();
     void aKeyWithoutACharacterGivesNone_data();
     void aKeyWithoutACharacterGivesNone();
+    void thereIsALayout();
     void theLayoutMayChangeWhileRunning();
     void theGroupInForceCounts();
     void locksChangeNothing();
     void aKeysymHasItsName_data();
     void aKeysymHasItsName();
+    void everyNameLeadsBackToAKeysym_data();
+    void everyNameLeadsBackToAKeysym();
 
 private:
     XClient m_client;
@@ -73,6 +78,8 @@ void XkbKeyboardLayoutTest::aKeyGivesItsUnshiftedCharacter_data()
     QTest::newRow("dead grave, us(intl)") << u"us(intl)"_s << 50u << u"`"_s << u"`"_s;
     QTest::newRow("dead tilde, br") << u"br"_s << 39u << u"~"_s << u"~"_s;
     QTest::newRow("dead diaeresis, ch(fr)") << u"ch(fr)"_s << 30u << u"¨"_s << u"¨"_s;
+    QTest::newRow("dead hook, vn(us)") << u"vn(us)"_s << 44u << u"ˀ"_s << u"ˀ"_s;
+    QTest::newRow("a dead mark that does not stand alone, vn(us)") << u"vn(us)"_s << 47u << u"none"_s << u"Key47"_s;
     QTest::newRow("Cyrillic, ru") << u"ru"_s << 0u << u"ф"_s << u"Ф"_s;
     QTest::newRow("Greek, gr") << u"gr"_s << 0u << u"α"_s << u"Α"_s;
     QTest::newRow("yen, jp") << u"jp"_s << 93u << u"\\"_s << u"\\"_s;
@@ -108,6 +115,11 @@ void XkbKeyboardLayoutTest::aKeyWithoutACharacterGivesNone()
     QFETCH(quint32, keyCode);
     QVERIFY(setLayout(u"us"_s));
     QVERIFY(!m_layout.unshiftedCharacter(keyCode));
+}
+
+void XkbKeyboardLayoutTest::thereIsALayout()
+{
+    QVERIFY(m_layout.isKnown());
 }
 
 void XkbKeyboardLayoutTest::theLayoutMayChangeWhileRunning()
@@ -151,6 +163,7 @@ void XkbKeyboardLayoutTest::aKeysymHasItsName_data()
     QTest::newRow("a keypad digit") << u"us"_s << 89u << u"KP_7"_s;
     QTest::newRow("an umlaut") << u"de"_s << 41u << u"odiaeresis"_s;
     QTest::newRow("a dead key") << u"de"_s << 24u << u"dead_acute"_s;
+    QTest::newRow("a Cyrillic letter") << u"ru"_s << 45u << u"Cyrillic_te"_s;
     QTest::newRow("the code of no key") << u"us"_s << 0x34u << QString();
 }
 
@@ -160,6 +173,29 @@ void XkbKeyboardLayoutTest::aKeysymHasItsName()
     QFETCH(quint32, keyCode);
     QVERIFY(setLayout(layout));
     QTEST(m_layout.keysymName(keyCode), "name");
+}
+
+void XkbKeyboardLayoutTest::everyNameLeadsBackToAKeysym_data()
+{
+    QTest::addColumn<QString>("layout");
+    for (const auto *layout : {"us", "de", "fr", "ru", "ru(phonetic)", "ua", "gr", "jp", "vn(us)", "in(ben)"})
+        QTest::newRow(layout) << QString::fromLatin1(layout);
+}
+
+void XkbKeyboardLayoutTest::everyNameLeadsBackToAKeysym()
+{
+    QFETCH(QString, layout);
+    QVERIFY(setLayout(layout));
+    int names = 0;
+    for (quint32 keyCode = 0; keyCode < 0x80; ++keyCode) {
+        const auto name = m_layout.keysymName(keyCode).toLatin1();
+        if (name.isEmpty())
+            continue;
+        ++names;
+        QVERIFY2(!name.contains('+'), name); // Which would part it.
+        QVERIFY2(xkb_keysym_from_name(name.constData(), XKB_KEYSYM_NO_FLAGS) != XKB_KEY_NoSymbol, name);
+    }
+    QVERIFY2(names > 100, qPrintable(QString::number(names)));
 }
 
 QTEST_MAIN(XkbKeyboardLayoutTest)

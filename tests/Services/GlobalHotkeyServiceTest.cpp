@@ -5,16 +5,44 @@
 #include "Fakes/FakeSystemLog.h"
 #include "Fakes/TestSettings.h"
 
+#include <QCoreApplication>
+#include <QProcess>
 #include <QTest>
 
+#include <csignal>
+#include <cstdio>
 #include <memory>
+
+#include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
 using namespace korvo;
 
 namespace {
+
 using Shortcut = std::pair<quint32, quint32>;
+
+/// In a process of its own, since it may end there.
+int printKeyName(const QString &call, const QString &keyCode)
+{
+    const rlimit noCore{0, 0};
+    ::setrlimit(RLIMIT_CORE, &noCore);
+    const FakeKeyboardLayout layout;
+    const auto code = keyCode.toUInt();
+    QString name;
+    if (call == "name"_L1) {
+        name = GlobalHotkeyService::keyName(code);
+    } else if (call == "display"_L1) {
+        name = GlobalHotkeyService::displayString(code, 768);
+    } else {
+        const TestSettings test({{u"quickAddKeyCode"_s, qint64{code}}, {u"quickAddModifiers"_s, qint64{768}}});
+        name = quickAddHotkeyDisplay(test.settings);
+    }
+    std::puts(qPrintable(name));
+    return 0;
 }
+
+} // namespace
 
 class GlobalHotkeyServiceTest : public QObject {
     Q_OBJECT
@@ -53,6 +81,10 @@ private slots:
     void keyNameIsWhatTheLayoutSays_data();
     void keyNameIsWhatTheLayoutSays();
     void keyNameFollowsTheLayoutInForce();
+    void aKeyCodeOutsideOf16BitsIsFatal_data();
+    void aKeyCodeOutsideOf16BitsIsFatal();
+    void withoutALayoutAnyKeyCodeGivesItsNumber_data();
+    void withoutALayoutAnyKeyCodeGivesItsNumber();
     void quickAddHotkeyDisplayTellsTheSettings_data();
     void quickAddHotkeyDisplayTellsTheSettings();
     void quickAddHotkeyDisplayOfAFirstRun();
@@ -410,7 +442,7 @@ void GlobalHotkeyServiceTest::keyNameIsWhatTheLayoutSays_data()
     QTest::newRow("several characters") << 27u << u"lj"_s << u"LJ"_s;
     QTest::newRow("an empty translation gives the number") << 27u << u""_s << u"Key27"_s;
     QTest::newRow("no translation gives the number") << 105u << QString() << u"Key105"_s;
-    QTest::newRow("a number beyond 16 bits") << 4294967295u << QString() << u"Key4294967295"_s;
+    QTest::newRow("the last number of 16 bits") << 65535u << QString() << u"Key65535"_s;
 }
 
 void GlobalHotkeyServiceTest::keyNameIsWhatTheLayoutSays()
@@ -430,6 +462,61 @@ void GlobalHotkeyServiceTest::keyNameFollowsTheLayoutInForce()
     QCOMPARE(GlobalHotkeyService::keyName(16), u"Y"_s);
     m_layout->characters.insert(16, u"z"_s);
     QCOMPARE(GlobalHotkeyService::keyName(16), u"Z"_s);
+}
+
+void GlobalHotkeyServiceTest::aKeyCodeOutsideOf16BitsIsFatal_data()
+{
+    QTest::addColumn<QString>("call");
+    QTest::addColumn<quint32>("keyCode");
+    QTest::addColumn<QByteArray>("name"); // Empty if the call is fatal.
+    QTest::newRow("the last of 16 bits") << u"name"_s << 65535u << "Key65535"_ba;
+    QTest::newRow("the first of 17 bits") << u"name"_s << 65536u << QByteArray();
+    QTest::newRow("17 bits") << u"name"_s << 70000u << QByteArray();
+    QTest::newRow("the low 16 bits are those of F1") << u"name"_s << 0x1007au << QByteArray();
+    QTest::newRow("the low 16 bits are those of a letter") << u"name"_s << 0x1002du << QByteArray();
+    QTest::newRow("-1, as 32 bits without a sign read it") << u"name"_s << quint32(-1) << QByteArray();
+    QTest::newRow("the lowest of 32 bits with a sign") << u"name"_s << 0x80000000u << QByteArray();
+    QTest::newRow("in the text of a shortcut") << u"display"_s << 70000u << QByteArray();
+    QTest::newRow("in the settings, as they were stored") << u"settings"_s << 70000u << QByteArray();
+    QTest::newRow("in the settings, all 32 bits") << u"settings"_s << 0xffffffffu << QByteArray();
+}
+
+void GlobalHotkeyServiceTest::aKeyCodeOutsideOf16BitsIsFatal()
+{
+    QFETCH(QString, call);
+    QFETCH(quint32, keyCode);
+    QFETCH(QByteArray, name);
+    QProcess child;
+    child.start(QCoreApplication::applicationFilePath(), {u"--key-name"_s, call, QString::number(keyCode)});
+    QVERIFY(child.waitForFinished());
+    QCOMPARE(child.readAllStandardOutput().trimmed(), name);
+    if (!name.isEmpty()) {
+        QCOMPARE(child.exitStatus(), QProcess::NormalExit);
+        return;
+    }
+    QCOMPARE(child.exitStatus(), QProcess::CrashExit);
+    QCOMPARE(child.exitCode(), SIGABRT);
+    const auto words = "The key code " + QByteArray::number(keyCode) + " of a shortcut is outside of 16 bits";
+    const auto errors = child.readAllStandardError();
+    QVERIFY2(errors.contains(words), errors);
+}
+
+void GlobalHotkeyServiceTest::withoutALayoutAnyKeyCodeGivesItsNumber_data()
+{
+    QTest::addColumn<quint32>("keyCode");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("a letter") << 45u << u"Key45"_s;
+    QTest::newRow("17 bits") << 70000u << u"Key70000"_s;
+    QTest::newRow("all 32 bits") << 0xffffffffu << u"Key4294967295"_s;
+    QTest::newRow("a key that needs no layout") << 122u << u"F1"_s;
+}
+
+void GlobalHotkeyServiceTest::withoutALayoutAnyKeyCodeGivesItsNumber()
+{
+    QFETCH(quint32, keyCode);
+    m_layout->hasLayout = false;
+    QTEST(GlobalHotkeyService::keyName(keyCode), "name");
+    QCOMPARE(m_log->lines, QStringList());
 }
 
 void GlobalHotkeyServiceTest::quickAddHotkeyDisplayTellsTheSettings_data()
@@ -470,6 +557,13 @@ void GlobalHotkeyServiceTest::aBindingOfTheDisplayFollowsTheSettings()
     QCOMPARE(text.value(), u"Not set"_s);
 }
 
-QTEST_GUILESS_MAIN(GlobalHotkeyServiceTest)
+int main(int argc, char **argv)
+{
+    const QCoreApplication app(argc, argv);
+    if (app.arguments().value(1) == "--key-name"_L1)
+        return printKeyName(app.arguments().value(2), app.arguments().value(3));
+    GlobalHotkeyServiceTest test;
+    return QTest::qExec(&test, argc, argv);
+}
 
 #include "GlobalHotkeyServiceTest.moc"

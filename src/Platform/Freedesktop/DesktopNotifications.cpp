@@ -2,10 +2,13 @@
 
 #include "Platform/Freedesktop/PortalRequest.h"
 
+#include <QDBusArgument>
 #include <QDBusError>
 #include <QDBusMessage>
+#include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusVariant>
 #include <QStringList>
 #include <QVariantMap>
 
@@ -37,6 +40,29 @@ bool isMissing(const QDBusError &error)
 bool isUnknownMethod(const QDBusError &error)
 {
     return error.type() == QDBusError::UnknownMethod || error.type() == QDBusError::UnknownInterface;
+}
+
+/// An icon as portals read it, (sv): its kind, and what that kind needs.
+struct SerializedIcon {
+    QString kind;
+    QDBusVariant value;
+};
+
+QDBusArgument &operator<<(QDBusArgument &argument, const SerializedIcon &icon)
+{
+    argument.beginStructure();
+    argument << icon.kind << icon.value;
+    argument.endStructure();
+    return argument;
+}
+
+/// For QtDBus, which registers both directions or none.
+const QDBusArgument &operator>>(const QDBusArgument &argument, SerializedIcon &icon)
+{
+    argument.beginStructure();
+    argument >> icon.kind >> icon.value;
+    argument.endStructure();
+    return argument;
 }
 
 } // namespace
@@ -82,10 +108,15 @@ void DesktopNotifications::notify(const QDBusConnection &bus, const Notification
 
 void DesktopNotifications::addToPortal(const QDBusConnection &bus, const Notification &notification)
 {
+    qDBusRegisterMetaType<SerializedIcon>();
+    const SerializedIcon icon{u"themed"_s, QDBusVariant(QStringList(programId))}; // By its name in the icon theme.
     auto call = QDBusMessage::createMethodCall(PortalRequest::service(), PortalRequest::path(),
                                                u"org.freedesktop.portal.Notification"_s, u"AddNotification"_s);
     call << notification.identifier
-         << QVariantMap{{u"title"_s, notification.title}, {u"body"_s, notification.body}, {u"priority"_s, u"normal"_s}};
+         << QVariantMap{{u"title"_s, notification.title},
+                        {u"body"_s, notification.body},
+                        {u"icon"_s, QVariant::fromValue(icon)},
+                        {u"priority"_s, u"normal"_s}};
     bus.send(call);
 }
 

@@ -58,15 +58,26 @@ bool isBound(const QVariantMap &results)
 PortalKeyGrabber::PortalKeyGrabber(KeysymName keysymName, const QDBusConnection &bus, QObject *parent) :
     KeyGrabber(parent),
     m_keysymName(std::move(keysymName)),
-    m_bus(bus),
-    m_portal(PortalRequest::service(), bus, QDBusServiceWatcher::WatchForOwnerChange)
+    m_bus(bus)
 {
     qRegisterMetaType<QDBusObjectPath>(); // Else QtDBus may not know it yet, and refuses the slot for Activated.
     qDBusRegisterMetaType<Shortcut>();
     qDBusRegisterMetaType<QList<Shortcut>>();
+    if (!m_bus.isConnected())
+        return;
     connect(
         &m_portal, &QDBusServiceWatcher::serviceOwnerChanged, this,
         [this](const QString &, const QString &oldOwner, const QString &newOwner) { handleOwner(oldOwner, newOwner); });
+    m_portal.setConnection(m_bus);
+    m_portal.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+    m_portal.addWatchedService(PortalRequest::service());
+    // Whoever is the first to subscribe to signals of a service makes QtDBus ask for its owner, and where the bus has
+    // died meanwhile that question aborts the program. So one subscription is there from the beginning to the end.
+    m_bus.connect(PortalRequest::service(), PortalRequest::path(), shortcutsInterface, u"Activated"_s, this,
+                  SLOT(handleActivated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
+    // No message of the bus, but one that the connection itself delivers when it has lost the bus.
+    m_bus.connect(QString(), u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s, u"Disconnected"_s, this,
+                  SLOT(handleDisconnected()));
 }
 
 PortalKeyGrabber::~PortalKeyGrabber()
@@ -76,25 +87,21 @@ PortalKeyGrabber::~PortalKeyGrabber()
 
 int PortalKeyGrabber::install()
 {
-    if (!std::exchange(m_isInstalled, true)) {
-        m_bus.connect(PortalRequest::service(), PortalRequest::path(), shortcutsInterface, u"Activated"_s, this,
-                      SLOT(handleActivated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
-    }
+    m_isInstalled = true;
     return ok;
 }
 
 void PortalKeyGrabber::uninstall()
 {
     ungrab();
-    if (std::exchange(m_isInstalled, false)) {
-        m_bus.disconnect(PortalRequest::service(), PortalRequest::path(), shortcutsInterface, u"Activated"_s, this,
-                         SLOT(handleActivated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
-    }
+    m_isInstalled = false;
 }
 
 int PortalKeyGrabber::grab(quint32 keyCode, quint32 modifiers)
 {
     ungrab();
+    if (!m_bus.isConnected())
+        return notSupported; // A connection that has lost its bus finds no other.
     m_isWanted = true;
     m_hasFailed = false;
     m_keyCode = keyCode;
@@ -116,6 +123,14 @@ void PortalKeyGrabber::fail(int status)
 {
     m_hasFailed = true;
     emit failed(status);
+}
+
+/// The session, or the question that was to lead to it, ended without us.
+void PortalKeyGrabber::lose()
+{
+    dropRequest();
+    forgetSession();
+    fail(serviceLost);
 }
 
 void PortalKeyGrabber::createSession()
@@ -179,7 +194,7 @@ PortalRequest *PortalKeyGrabber::newRequest(Answer answer)
     connect(m_request, &PortalRequest::failed, this, [this] {
         dropRequest();
         closeSession();
-        fail(notSupported);
+        fail(m_bus.isConnected() ? notSupported : serviceLost); // Without a bus nothing would have been asked.
     });
     return m_request;
 }
@@ -215,15 +230,20 @@ void PortalKeyGrabber::closeSession()
 void PortalKeyGrabber::handleActivated(const QDBusObjectPath &session, const QString &id, qulonglong,
                                        const QVariantMap &)
 {
-    if (session.path() == m_session && id == shortcutId)
+    if (m_isInstalled && session.path() == m_session && id == shortcutId)
         emit pressed();
 }
 
 void PortalKeyGrabber::handleClosed()
 {
-    dropRequest();
-    forgetSession();
-    fail(serviceLost);
+    lose();
+}
+
+void PortalKeyGrabber::handleDisconnected()
+{
+    m_isWanted = false;
+    if (!m_session.isEmpty()) // Else there was none, or the open question has failed with the bus already.
+        lose();
 }
 
 /// With a portal go its sessions; the next one is asked again.
@@ -231,11 +251,8 @@ void PortalKeyGrabber::handleOwner(const QString &oldOwner, const QString &newOw
 {
     if (!m_isWanted)
         return;
-    if (!oldOwner.isEmpty() && !m_session.isEmpty()) {
-        dropRequest();
-        forgetSession();
-        fail(serviceLost);
-    }
+    if (!oldOwner.isEmpty() && !m_session.isEmpty())
+        lose();
     if (m_isWanted && !newOwner.isEmpty() && m_session.isEmpty())
         createSession();
 }

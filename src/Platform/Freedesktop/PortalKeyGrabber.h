@@ -29,7 +29,7 @@ public:
 
     int install() override;
     void uninstall() override;
-    int grab(quint32 keyCode, quint32 modifiers) override; ///< 0 always: the portal answers later.
+    int grab(quint32 keyCode, quint32 modifiers) override; ///< 0 wherever there is a bus: the portal answers later.
     void ungrab() override;
 
     /// A shortcut as portals spell it, as in "LOGO+SHIFT+n"; empty without a keysym.
@@ -39,10 +39,12 @@ private:
     Q_SLOT void handleActivated(const QDBusObjectPath &session, const QString &id, qulonglong timestamp,
                                 const QVariantMap &options);
     Q_SLOT void handleClosed();
+    Q_SLOT void handleDisconnected();
 
     using Answer = void (PortalKeyGrabber::*)(uint code, const QVariantMap &results);
 
     void fail(int status);
+    void lose();
     void createSession();
     void handleSession(uint code, const QVariantMap &results);
     void bindShortcuts();

@@ -60,7 +60,10 @@ StatusNotifierItem::StatusNotifierItem(QObject *parent) : StatusItem(parent)
     static int count = 0;
     m_bus = std::make_unique<Bus>(++count);
     connect(&m_bus->object, &StatusNotifierObject::activateRequested, this,
-            [this](const QPoint &hint) { emit activated(statusButton(hint)); });
+            [this](const QPoint &hint) {
+                m_lastButton = statusButton(hint);
+                emit activated(*m_lastButton);
+            });
     connect(&m_bus->object, &StatusNotifierObject::contextMenuRequested, this, &StatusNotifierItem::openMenu);
     connect(&m_bus->menu, &DBusMenu::opened, this, &StatusItem::menuOpened);
     connect(&m_bus->registration, &StatusNotifierRegistration::indicatorServicesChanged, this,
@@ -91,6 +94,11 @@ void StatusNotifierItem::setMenu(const QList<StatusMenuEntry> &menu)
     m_bus->menu.setEntries(menu);
 }
 
+QRect StatusNotifierItem::button() const
+{
+    return m_lastButton ? *m_lastButton : statusButton(std::nullopt);
+}
+
 bool StatusNotifierItem::isShown() const
 {
     return state() == StatusNotifierRegistration::State::shown;
@@ -105,6 +113,8 @@ void StatusNotifierItem::followState()
 {
     m_bus->object.setAnnouncing(isShown());
     m_bus->menu.setAnnouncing(isShown());
+    if (!isShown())
+        m_lastButton.reset();
     emit stateChanged();
     if (std::exchange(m_wasShown, isShown()) != isShown())
         emit isShownChanged();

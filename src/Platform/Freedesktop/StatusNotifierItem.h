@@ -4,6 +4,7 @@
 #include "Platform/StatusItem.h"
 
 #include <memory>
+#include <optional>
 
 class QMenu;
 
@@ -24,6 +25,7 @@ public:
     void setTitle(const QString &title) override;
     void setToolTip(const QString &headline, const QString &text) override;
     void setMenu(const QList<StatusMenuEntry> &menu) override;
+    QRect button() const override;
     bool isShown() const override;
 
     /// What became of the item's registration.
@@ -40,6 +42,7 @@ private:
     std::unique_ptr<Bus> m_bus;
     std::unique_ptr<QMenu> m_popup;
     QList<StatusMenuEntry> m_menu;
+    std::optional<QRect> m_lastButton; ///< As the last click told it.
     bool m_wasShown = false;
 };
 

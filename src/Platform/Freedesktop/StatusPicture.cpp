@@ -14,6 +14,19 @@ namespace {
 constexpr QColor lightInk(0xf2, 0xf2, 0xf2);
 constexpr QColor darkInk(0x30, 0x30, 0x30);
 constexpr double rimOpacity = 0.4; // Of each of the shifted copies: where two of them meet it is nearly opaque.
+constexpr int bandHeight = 4;      // In pixels.
+
+/// Calls `draw` for one band of `picture` after the other, with a painter that is confined to it. Qt's raster engine
+/// gives a translucent fill of 96 spans and more to a pool of threads, and a picture for the tray is not worth waking
+/// any.
+void paintInBands(QImage &picture, const std::function<void(QPainter &)> &draw)
+{
+    for (int y = 0; y < picture.height(); y += bandHeight) {
+        QPainter painter(&picture);
+        painter.setClipRect(0, y, picture.width(), bandHeight);
+        draw(painter);
+    }
+}
 
 /// The shape that `draw` leaves on a transparent picture, all of it in `color`.
 QImage shapeOf(const QSize &size, double ratio, const QColor &color, const std::function<void(QPainter &)> &draw)
@@ -92,9 +105,13 @@ QImage renderStatusImage(const StatusImage &image, int side, Backdrop backdrop)
 {
     QImage picture(side, side, QImage::Format_ARGB32_Premultiplied);
     picture.fill(Qt::transparent);
-    QPainter painter(&picture);
-    paintStatusImage(painter, picture.rect(), image, backdrop);
-    painter.end();
+    if (image.isTemplate) {
+        QPainter painter(&picture);
+        paintStatusImage(painter, picture.rect(), image, backdrop);
+    } else {
+        paintInBands(picture,
+                     [&](QPainter &painter) { paintStatusImage(painter, QRectF(0, 0, side, side), image, backdrop); });
+    }
     return picture;
 }
 

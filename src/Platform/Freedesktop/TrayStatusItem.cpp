@@ -57,6 +57,11 @@ void TrayStatusItem::setToolTip(const QString &headline, const QString &text)
         m_fallback->setToolTip(headline, text);
 }
 
+QRect TrayStatusItem::button() const
+{
+    return m_fallback && !m_notifier->isShown() ? m_fallback->button() : m_notifier->button();
+}
+
 void TrayStatusItem::setMenu(const QList<StatusMenuEntry> &menu)
 {
     m_menu = menu; // Actions cannot be compared, and may have changed.

@@ -30,6 +30,7 @@ public:
     void setTitle(const QString &title) override;
     void setToolTip(const QString &headline, const QString &text) override;
     void setMenu(const QList<StatusMenuEntry> &menu) override;
+    QRect button() const override;
     bool isShown() const override { return m_isShown; }
 
 private:

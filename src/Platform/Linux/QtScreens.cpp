@@ -12,7 +12,8 @@ QList<Screen> QtScreens::screens() const
         const QRectF geometry = screen->geometry();
         const double scale = screen->devicePixelRatio();
         const QSize nativeSize = (geometry.size() * scale).toSize();
-        const Screen one{geometry, notchInset(m_machine, screen->name(), nativeSize, scale)};
+        const Screen one{geometry, notchInset(m_machine, screen->name(), nativeSize, scale),
+                         screen->availableGeometry()};
         screen == QGuiApplication::primaryScreen() ? screens.prepend(one) : screens.append(one);
     }
     return screens;

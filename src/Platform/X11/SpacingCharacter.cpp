@@ -15,6 +15,8 @@ struct DeadKey {
     char32_t mark;
 };
 
+/// Horn, inverted breve, and dot, diaeresis and breve below are missing: Unicode has them as combining marks only, which
+/// would settle on the glyph before them.
 constexpr std::array deadKeys = {
     DeadKey{XKB_KEY_dead_grave, U'`'},
     DeadKey{XKB_KEY_dead_acute, U'´'},
@@ -32,12 +34,15 @@ constexpr std::array deadKeys = {
     DeadKey{XKB_KEY_dead_iota, U'ͺ'},
     DeadKey{XKB_KEY_dead_voiced_sound, U'゛'},
     DeadKey{XKB_KEY_dead_semivoiced_sound, U'゜'},
+    DeadKey{XKB_KEY_dead_hook, U'ˀ'}, // No hook by name, but of its shape.
     DeadKey{XKB_KEY_dead_stroke, U'/'},
+    DeadKey{XKB_KEY_dead_longsolidusoverlay, U'/'},
     DeadKey{XKB_KEY_dead_abovecomma, U'᾿'},
     DeadKey{XKB_KEY_dead_abovereversedcomma, U'῾'},
     DeadKey{XKB_KEY_dead_doublegrave, U'˵'},
     DeadKey{XKB_KEY_dead_belowring, U'˳'},
     DeadKey{XKB_KEY_dead_belowmacron, U'ˍ'},
+    DeadKey{XKB_KEY_dead_belowcircumflex, U'ꞈ'},
     DeadKey{XKB_KEY_dead_belowtilde, U'˷'},
     DeadKey{XKB_KEY_dead_belowcomma, U','},
     DeadKey{XKB_KEY_dead_currency, U'¤'},
@@ -45,6 +50,18 @@ constexpr std::array deadKeys = {
     DeadKey{XKB_KEY_dead_aboveverticalline, U'ˈ'},
     DeadKey{XKB_KEY_dead_belowverticalline, U'ˌ'},
     DeadKey{XKB_KEY_dead_greek, U'µ'},
+    DeadKey{XKB_KEY_dead_a, U'a'},
+    DeadKey{XKB_KEY_dead_A, U'A'},
+    DeadKey{XKB_KEY_dead_e, U'e'},
+    DeadKey{XKB_KEY_dead_E, U'E'},
+    DeadKey{XKB_KEY_dead_i, U'i'},
+    DeadKey{XKB_KEY_dead_I, U'I'},
+    DeadKey{XKB_KEY_dead_o, U'o'},
+    DeadKey{XKB_KEY_dead_O, U'O'},
+    DeadKey{XKB_KEY_dead_u, U'u'},
+    DeadKey{XKB_KEY_dead_U, U'U'},
+    DeadKey{XKB_KEY_dead_small_schwa, U'ə'},
+    DeadKey{XKB_KEY_dead_capital_schwa, U'Ə'},
 };
 
 } // namespace

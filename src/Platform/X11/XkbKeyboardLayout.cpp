@@ -11,6 +11,7 @@ namespace korvo {
 
 namespace {
 
+constexpr quint32 firstKey = 8; // X, and Wayland's keymaps too, count so much higher than the kernel.
 constexpr xkb_level_index_t unshifted = 0;
 constexpr xkb_level_index_t withNumLock = 1;
 
@@ -20,7 +21,7 @@ xkb_keysym_t keysymOf(quint32 macKeyCode)
     const auto evdev = evdevKeyCode(macKeyCode);
     if (!evdev)
         return XKB_KEY_NoSymbol;
-    const auto key = *evdev + 8;
+    const auto key = *evdev + firstKey;
     const XkbKeymap keymap(x11Connection());
     const auto keysym = keymap.keysym(key, unshifted);
     if (keysym >= XKB_KEY_KP_Home && keysym <= XKB_KEY_KP_Delete)
@@ -30,10 +31,20 @@ xkb_keysym_t keysymOf(quint32 macKeyCode)
 
 } // namespace
 
+bool XkbKeyboardLayout::isKnown() const
+{
+    return !XkbKeymap(x11Connection()).isEmpty();
+}
+
 std::optional<QString> XkbKeyboardLayout::unshiftedCharacter(quint32 keyCode) const
 {
     auto character = spacingCharacter(keysymOf(keyCode));
     return character.isEmpty() ? std::nullopt : std::optional(std::move(character));
+}
+
+std::optional<quint32> XkbKeyboardLayout::keyCode(quint32 nativeScanCode) const
+{
+    return nativeScanCode < firstKey ? std::nullopt : macKeyCode(nativeScanCode - firstKey);
 }
 
 QString XkbKeyboardLayout::keysymName(quint32 keyCode) const

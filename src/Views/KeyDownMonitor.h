@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QObject>
+
+#include <functional>
+
+namespace korvo {
+
+/// A key that went down in a window of the program.
+struct KeyDown {
+    quint16 keyCode = 0;   ///< Virtual key code, whatever the keyboard layout.
+    quint64 modifiers = 0; ///< Flags in the Mac's numbering, of shift, control, option and command alone.
+};
+
+/// Shows the key presses of the program's own windows, repeats included, to a handler before they reach a widget, for as
+/// long as it lives. Modifier keys by themselves, and text that an input method makes, are none. The handler that was
+/// installed last sees a press first; what it swallows no other one sees.
+class KeyDownMonitor : public QObject {
+    Q_OBJECT
+public:
+    using Handler = std::function<bool(const KeyDown &)>; ///< True swallows the press.
+
+    explicit KeyDownMonitor(Handler handler, QObject *parent = nullptr);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    Handler m_handler;
+};
+
+} // namespace korvo
