@@ -65,7 +65,9 @@ public:
         const auto id = ++m_lastId;
         CURL *const handle = transfer->handle();
         m_sockets.observe(handle);
-        m_sockets.retireDeparted([this](curl_socket_t socket) { return m_notifiers.contains(socket); });
+        const auto isInUse = [this](curl_socket_t socket) { return m_notifiers.contains(socket); };
+        m_sockets.retireDeparted(isInUse);
+        m_sockets.retireSlept(isInUse);
         m_running.emplace(id, Running{std::move(transfer), done});
         if (curl_multi_add_handle(m_multi, handle) != CURLM_OK)
             finish(id, CURLE_FAILED_INIT);

@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <ctime>
 #include <dlfcn.h>
 #include <netdb.h>
 #include <zlib.h>
@@ -23,7 +24,24 @@ constexpr auto slowName = "slow.invalid";
 QSemaphore slowLookups;               ///< Each unit lets one look-up of that name end.
 std::atomic<int> lookupsUnderWay = 0; ///< Of that name.
 
+std::atomic<long> suspendedMilliseconds = 0; ///< For which the machine seems to have slept.
+
 } // namespace
+
+/// In place of the C library's: the clock that goes on in suspension is ahead by what the test says.
+extern "C" int clock_gettime(clockid_t clock, timespec *time) noexcept
+{
+    using Function = int (*)(clockid_t, timespec *);
+    static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "clock_gettime"));
+    const int result = real(clock, time);
+    if (clock == CLOCK_BOOTTIME) {
+        constexpr long second = 1000000000;
+        const long nanoseconds = time->tv_nsec + suspendedMilliseconds % 1000 * 1000000;
+        time->tv_sec += suspendedMilliseconds / 1000 + nanoseconds / second;
+        time->tv_nsec = nanoseconds % second;
+    }
+    return result;
+}
 
 /// In place of the C library's: a name server that takes its time over one name.
 extern "C" int getaddrinfo(const char *node, const char *service, const addrinfo *hints, addrinfo **result)
@@ -154,6 +172,9 @@ private slots:
     void requestsInFlightTogetherAllEnd();
     void aConnectionClosedWhileIdleCostsNothing_data();
     void aConnectionClosedWhileIdleCostsNothing();
+    void aConnectionFromBeforeASuspensionIsNotUsedAgain_data();
+    void aConnectionFromBeforeASuspensionIsNotUsedAgain();
+    void aSuspensionLeavesTheRequestsUnderWayAlone();
     void aReusedConnectionThatEndsWithoutAnAnswerIsNotTriedAgain_data();
     void aReusedConnectionThatEndsWithoutAnAnswerIsNotTriedAgain();
     void nextRequestAfterAFailureSucceeds();
@@ -571,6 +592,54 @@ void CurlTransportTest::aConnectionClosedWhileIdleCostsNothing()
     QCOMPARE(told(fetch(transport, post(url, "{}"_ba))), u"200 {}"_s);
     QCOMPARE(server.requests.size(), 2);
     QCOMPARE(server.connectionCount, 2);
+}
+
+void CurlTransportTest::aConnectionFromBeforeASuspensionIsNotUsedAgain_data()
+{
+    QTest::addColumn<bool>("isTls");
+    QTest::addColumn<int>("milliseconds");
+    QTest::addColumn<int>("connectionCount");
+    QTest::newRow("three hours, over TLS") << true << 3 * 3600 * 1000 << 2;
+    QTest::newRow("three hours, without TLS") << false << 3 * 3600 * 1000 << 2;
+    QTest::newRow("a little over a second") << true << 1001 << 2;
+    QTest::newRow("no more than two clocks may differ") << true << 900 << 1;
+}
+
+void CurlTransportTest::aConnectionFromBeforeASuspensionIsNotUsedAgain()
+{
+    QFETCH(bool, isTls);
+    QFETCH(int, milliseconds);
+    const TestAuthority authority;
+    RawHttpServer server(isTls ? std::optional(authority.issue(host)) : std::nullopt);
+    server.reply(RawHttpServer::response(200));
+    CurlTransport transport;
+    transport.redirectHost(QString::fromLatin1(host), u"127.0.0.1"_s, server.port(), authority.caFile());
+    const QUrl url((isTls ? u"https://"_s : u"http://"_s) + QString::fromLatin1(host));
+    QCOMPARE(told(fetch(transport, get(url))), u"200 {}"_s);
+    QCOMPARE(told(fetch(transport, get(url))), u"200 {}"_s);
+    QCOMPARE(server.connectionCount, 1);
+
+    suspendedMilliseconds += milliseconds;
+    QCOMPARE(told(fetch(transport, post(url, "{}"_ba))), u"200 {}"_s);
+    QTEST(server.connectionCount, "connectionCount");
+    QCOMPARE(told(fetch(transport, get(url))), u"200 {}"_s);
+    QTEST(server.connectionCount, "connectionCount"); // The new one stays.
+    QCOMPARE(server.requests.size(), 4);
+}
+
+void CurlTransportTest::aSuspensionLeavesTheRequestsUnderWayAlone()
+{
+    RawHttpServer server;
+    CurlTransport transport;
+    const auto before = follow(transport.send(get(server.url()), {}));
+    QTRY_COMPARE(server.requests.size(), 1);
+    suspendedMilliseconds += 3600 * 1000;
+    const auto after = follow(transport.send(get(server.url()), {}));
+    QTRY_COMPARE(server.requests.size(), 2);
+    server.write(RawHttpServer::response(200));
+    QTRY_VERIFY(*before && *after);
+    QCOMPARE(told(**before), u"200 {}"_s);
+    QCOMPARE(told(**after), u"200 {}"_s);
 }
 
 void CurlTransportTest::aReusedConnectionThatEndsWithoutAnAnswerIsNotTriedAgain_data()
