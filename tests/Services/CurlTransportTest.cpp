@@ -4,6 +4,7 @@
 #include "Fakes/RawHttpServer.h"
 #include "Fakes/TestAuthority.h"
 
+#include <QFileInfo>
 #include <QSemaphore>
 #include <QTcpServer>
 #include <QTest>
@@ -184,6 +185,8 @@ private slots:
     void aSlowNameServerHoldsUpNeitherTheLoopNorAStop();
     void transfersUnderWayAreCancelledWhenTheTransportGoes();
     void aCertificateOfATrustedAuthorityIsAccepted();
+    void theAuthoritiesOfTheFolderAreTrustedIfTheyCanBeLookedUp_data();
+    void theAuthoritiesOfTheFolderAreTrustedIfTheyCanBeLookedUp();
     void aCertificateThatIsNotRightIsRefused_data();
     void aCertificateThatIsNotRightIsRefused();
     void onlyTheRedirectedHostIsLedElsewhere();
@@ -782,6 +785,35 @@ void CurlTransportTest::aCertificateOfATrustedAuthorityIsAccepted()
     QCOMPARE(told(fetch(transport, get(QUrl(u"https://api.notion.com/v1/users/me"_s)))), u"200 {}"_s);
     QCOMPARE(server.requests.first().line(), "GET /v1/users/me HTTP/1.1"_ba);
     QCOMPARE(server.requests.first().header("Host"_ba), std::optional("api.notion.com"_ba));
+}
+
+void CurlTransportTest::theAuthoritiesOfTheFolderAreTrustedIfTheyCanBeLookedUp_data()
+{
+    QTest::addColumn<bool>("isFolderOfServersAuthority");
+    QTest::addColumn<bool>("isHashed");
+    QTest::addColumn<bool>("isTrusted");
+    QTest::newRow("a hashed folder with its authority") << true << true << true;
+    QTest::newRow("a hashed folder with another authority of the same name") << false << true << false;
+    QTest::newRow("a folder with its authority that is not hashed") << true << false << false;
+}
+
+void CurlTransportTest::theAuthoritiesOfTheFolderAreTrustedIfTheyCanBeLookedUp()
+{
+    QFETCH(bool, isFolderOfServersAuthority);
+    QFETCH(bool, isHashed);
+    QFETCH(bool, isTrusted);
+    const TestAuthority authority;
+    const TestAuthority other;
+    RawHttpServer server(authority.issue(host));
+    server.reply(RawHttpServer::response(200));
+    const auto &inFolder = isFolderOfServersAuthority ? authority : other;
+    CurlTransport transport(isHashed ? inFolder.hashedFolder() : QFileInfo(inFolder.caFile()).path());
+    transport.redirectHost(QString::fromLatin1(host), u"127.0.0.1"_s, server.port());
+    const auto words = told(fetch(transport, get(QUrl(u"https://api.notion.com/"_s))));
+    QVERIFY2(isTrusted ? words == u"200 {}"_s
+                       : words.startsWith(u"The certificate of api.notion.com is not trusted ("_s),
+             qPrintable(words));
+    QCOMPARE(server.requests.size(), isTrusted ? 1 : 0);
 }
 
 void CurlTransportTest::aCertificateThatIsNotRightIsRefused_data()
