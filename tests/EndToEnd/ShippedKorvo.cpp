@@ -18,15 +18,6 @@ ShippedKorvo::ShippedKorvo() : m_environment(QProcessEnvironment::systemEnvironm
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
 }
 
-ShippedKorvo::~ShippedKorvo()
-{
-    const auto pid = m_process.processId();
-    m_process.kill();
-    m_process.waitForFinished();
-    if (pid != 0 && !QTest::qWaitFor([pid] { return findTrayItem(pid).isEmpty(); }, patience))
-        qWarning("The tray still has the item of a program that is gone");
-}
-
 bool ShippedKorvo::writeSettings(const QByteArray &json)
 {
     const QDir folder(m_home.filePath(u".config/Korvo"_s));
@@ -41,6 +32,14 @@ bool ShippedKorvo::start()
     return m_process.waitForStarted()
         && QTest::qWaitFor([this] { return !(m_item = findTrayItem(m_process.processId())).isEmpty(); }, patience)
         && QTest::qWaitFor([this] { return log().contains(u"[INFO] App launch complete"_s); }, patience);
+}
+
+bool ShippedKorvo::end()
+{
+    const auto pid = m_process.processId();
+    m_process.kill();
+    m_process.waitForFinished();
+    return pid == 0 || QTest::qWaitFor([pid] { return findTrayItem(pid).isEmpty(); }, patience);
 }
 
 QStringList ShippedKorvo::log() const

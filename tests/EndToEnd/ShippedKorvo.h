@@ -13,7 +13,7 @@ public:
     static constexpr int patience = 20000; ///< Milliseconds.
 
     ShippedKorvo();
-    ~ShippedKorvo(); ///< Ends it, and waits until the tray has seen it go.
+    ~ShippedKorvo() { end(); }
     Q_DISABLE_COPY_MOVE(ShippedKorvo)
 
     /// Puts these bytes where the program keeps its settings. False if that fails.
@@ -24,6 +24,9 @@ public:
 
     /// Starts it, and waits until it has launched and the tray has its item. False if it doesn't come up.
     bool start();
+
+    /// Ends it, and waits until the tray has seen it go. False if the tray goes on showing it.
+    bool end();
 
     QStringList log() const; ///< Its messages with their level, without the time.
 

@@ -41,7 +41,7 @@ class StoredSettingsTest : public QObject {
     Q_OBJECT
 private slots:
     void init();
-    void cleanup() { m_korvo.reset(); }
+    void cleanup() { QVERIFY(m_korvo->end()); }
 
     void pollingStartsAndAProxyOutOfReachIsShown();
     void pollsGoToTheServerOfNotion();

@@ -45,7 +45,7 @@ class UnconfiguredTest : public QObject {
     Q_OBJECT
 private slots:
     void init();
-    void cleanup() { m_korvo.reset(); }
+    void cleanup() { QVERIFY(m_korvo->end()); }
 
     void theItemSaysThatNoTimerIsRunning();
     void launchIsLoggedInOrderAndNothingIsPolled();
