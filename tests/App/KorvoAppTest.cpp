@@ -3,6 +3,7 @@
 #include "Fakes/FakePlatform.h"
 #include "Platform/KeyboardLayout.h"
 #include "Platform/LoginItem.h"
+#include "Utilities/DiagnosticLogger.h"
 
 #include <QApplication>
 #include <QTest>
@@ -11,6 +12,7 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using namespace korvo;
 
 /// The application object is made by what is tested, so the tests have none of their own.
@@ -22,6 +24,7 @@ private slots:
 
     void loginItemAndKeyboardLayoutAreThoseOfThePlatform();
     void loginItemIsGoneAfterwards();
+    void theSystemLogIsThatOfThePlatformUntilTheEnd();
     void closingTheLastWindowDoesNotEndTheProgram();
 
 private:
@@ -35,6 +38,7 @@ private:
 void KorvoAppTest::init()
 {
     m_platform = std::make_unique<FakePlatform>();
+    Log::setSystemLog(nullptr); // Whatever made the platform's log set itself: handing it over is the program's part.
     m_app = std::make_unique<KorvoApp>(m_argc, m_argv, *m_platform);
 }
 
@@ -55,6 +59,15 @@ void KorvoAppTest::loginItemIsGoneAfterwards()
 {
     m_app.reset();
     QVERIFY(!LoginItem::shared());
+}
+
+void KorvoAppTest::theSystemLogIsThatOfThePlatformUntilTheEnd()
+{
+    Log::info(u"while it is there"_s);
+    QCOMPARE(m_platform->fakeLog.lines, QStringList{u"INFO while it is there"_s});
+    m_app.reset();
+    Log::info(u"afterwards"_s);
+    QCOMPARE(m_platform->fakeLog.lines, QStringList{u"INFO while it is there"_s});
 }
 
 void KorvoAppTest::closingTheLastWindowDoesNotEndTheProgram()
