@@ -164,8 +164,8 @@ private slots:
     void theStateIsBusyUntilTheNewStateIsOnDisplay();
     void anActionDuringAnotherIsDropped_data();
     void anActionDuringAnotherIsDropped();
-    void theMappingAndTheTimeAreReadAnewForTheOpening_data();
-    void theMappingAndTheTimeAreReadAnewForTheOpening();
+    void mappingTimeAndTrackerAreReadAnewForTheOpening_data();
+    void mappingTimeAndTrackerAreReadAnewForTheOpening();
     void withoutAStatusNameTheTasksStatusIsNotWritten_data();
     void withoutAStatusNameTheTasksStatusIsNotWritten();
     void onlyAStopClosesAnEntryThatDoesNotRun_data();
@@ -781,21 +781,24 @@ void TimerActionsTest::anActionDuringAnotherIsDropped()
     QVERIFY(!viewModel().errorMessage());
 }
 
-void TimerActionsTest::theMappingAndTheTimeAreReadAnewForTheOpening_data()
+void TimerActionsTest::mappingTimeAndTrackerAreReadAnewForTheOpening_data()
 {
     addActionColumn();
     QTest::newRow("start") << Action::start;
     QTest::newRow("quick add") << Action::quickAdd;
 }
 
-void TimerActionsTest::theMappingAndTheTimeAreReadAnewForTheOpening()
+void TimerActionsTest::mappingTimeAndTrackerAreReadAnewForTheOpening()
 {
     QFETCH(Action, action);
     auto &clock = m_world->clock;
     const auto begin = clock.now();
+    settings().setTimeTrackerDBId(u"former"_s);
     QObject scope;
     connect(&server(), &sandbox::SandboxServer::requestReceived, &scope, [&] {
         clock.setNow(clock.now().addSecs(90));
+        if (writes().size() == writesOf(action).indexOf(u"POST entry"_s)) // The opening comes next.
+            settings().setTimeTrackerDBId(workspace().timeTrackerId());
         settings().changeFieldMapping([](FieldMapping &mapping) {
             mapping.taskTimerStatusStopped = u"Too late"_s; // The closing has its mapping already.
             mapping.taskTimerStatusRunning = u"Busy"_s;
@@ -810,6 +813,7 @@ void TimerActionsTest::theMappingAndTheTimeAreReadAnewForTheOpening()
     const auto status = bodyOfWrite(action == Action::start ? 3 : 2);
     QCOMPARE(entry[u"Start"_s].toObject(), dateProperty(begin.addSecs(180)));
     QCOMPARE(status[u"Timer"_s][u"select"_s][u"name"_s].toString(), u"Busy"_s);
+    QVERIFY(!viewModel().errorMessage()); // As there would be, were the entry sent to the former database.
 }
 
 void TimerActionsTest::withoutAStatusNameTheTasksStatusIsNotWritten_data()
