@@ -47,6 +47,12 @@ int XClient::grab(quint8 key, quint16 modifiers)
     return error ? error->error_code : 0;
 }
 
+void XClient::ungrab(quint8 key, quint16 modifiers)
+{
+    const auto cookie = xcb_ungrab_key_checked(m_connection, key, m_root, modifiers);
+    const Reply<xcb_generic_error_t> error(xcb_request_check(m_connection, cookie)); // It has been done.
+}
+
 bool XClient::showFocusedWindow(const QRect &place)
 {
     m_window = xcb_generate_id(m_connection);
@@ -58,8 +64,8 @@ bool XClient::showFocusedWindow(const QRect &place)
     // Else the window manager looks for a place of its own.
     constexpr quint32 userPosition = 1;
     const quint32 hints[18]{userPosition};
-    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_NORMAL_HINTS,
-                        XCB_ATOM_WM_SIZE_HINTS, 32, 18, hints);
+    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS,
+                        32, 18, hints);
     return QTest::qWaitFor([this] {
         // A window manager that is still starting may miss the first request, and a hidden window gets no focus.
         xcb_map_window(m_connection, m_window);
