@@ -53,6 +53,7 @@ void DemoCommands::run(const QString &line)
     } else if (command == u"quick-add"_s) {
         m_timerVM.quickAddTask(name);
     } else if (command == u"shortcut"_s) {
+        m_hotkey.reset(); // It gives its key back to the grabber.
         m_grabber = m_platform.makeKeyGrabber();
         m_hotkey = std::make_unique<GlobalHotkeyService>(*m_grabber);
         m_hotkey->registerHotkey(m_settings.quickAddKeyCode(), m_settings.quickAddModifiers(),
