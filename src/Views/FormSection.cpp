@@ -67,7 +67,7 @@ QWidget *FormSection::addRow(QLayout *content)
 QWidget *FormSection::addRow(const QString &label, QWidget *control, QWidget *trailing)
 {
     auto *words = new QLabel(label);
-    words->setBuddy(control);
+    words->setBuddy(control->focusProxy() ? control->focusProxy() : control);
     if (control->accessibleName().isEmpty())
         control->setAccessibleName(QString(label).remove(u'&'));
     auto *row = hstack({.spacing = 12}, words, Spacer(), control);

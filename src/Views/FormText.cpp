@@ -48,6 +48,7 @@ void FormText::announce(const QString &text)
         return;
     QAccessibleEvent event(this, QAccessible::Alert);
     QAccessible::updateAccessibility(&event);
+    emit announced(text);
 }
 
 void FormText::takeFont()

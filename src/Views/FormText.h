@@ -33,6 +33,9 @@ public:
     bool hasHeightForWidth() const override { return m_lines == Lines::any; }
     int heightForWidth(int width) const override;
 
+signals:
+    void announced(const QString &text); ///< Together with the word to screen readers.
+
 protected:
     bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;

@@ -104,7 +104,7 @@ HotkeyRecorderView::HotkeyRecorderView(const Binding<quint32> &keyCode, const Bi
     auto *field = new ShortcutField;
     auto *record = smallButton({});
     record->setObjectName(QStringLiteral("record"));
-    auto *clear = smallButton(tr("C&lear"));
+    auto *clear = smallButton(tr("Cl&ear"));
     clear->setObjectName(QStringLiteral("clear"));
     clear->setAccessibleName(tr("Clear shortcut"));
     setLayout(hstack({.spacing = 8}, field, record, clear));

@@ -5,6 +5,7 @@
 
 #include <QDesktopServices>
 #include <QEvent>
+#include <QFocusEvent>
 #include <QUrl>
 
 namespace korvo {
@@ -32,6 +33,14 @@ bool LinkText::event(QEvent *event)
         || event->type() == QEvent::PaletteChange || event->type() == QEvent::ParentChange)
         takeLook();
     return isHandled;
+}
+
+/// Chooses the link at once, which would otherwise take another Tab.
+void LinkText::focusInEvent(QFocusEvent *event)
+{
+    QLabel::focusInEvent(event);
+    if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason)
+        focusNextPrevChild(event->reason() == Qt::TabFocusReason);
 }
 
 /// By the colours around it, since its own are the outcome.

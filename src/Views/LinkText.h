@@ -13,6 +13,7 @@ public:
 
 protected:
     bool event(QEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
 
 private:
     void takeLook();

@@ -85,6 +85,13 @@ QSize Picker::sizeHint() const
     return {fontMetrics().averageCharWidth() * widthInCharacters, QComboBox::sizeHint().height()};
 }
 
+/// No wider than the picker, however long an entry is.
+void Picker::showPopup()
+{
+    view()->parentWidget()->setMaximumWidth(width());
+    QComboBox::showPopup();
+}
+
 /// Left to the page: a wheel that scrolls it must not change what happens to come under the pointer.
 void Picker::wheelEvent(QWheelEvent *event)
 {

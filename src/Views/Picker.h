@@ -28,6 +28,7 @@ public:
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
+    void showPopup() override;
 
 protected:
     void wheelEvent(QWheelEvent *event) override;

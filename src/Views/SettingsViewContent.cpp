@@ -193,7 +193,7 @@ QWidget *SettingsView::tasksContent()
     showWhile(client, [&vm] { return vm.projectsSchema().has_value(); });
     auto *failure = extended->addNote(errorText(vm.bindableProjectsSchemaError()));
     showWhile(failure, [&vm] { return vm.projectsSchemaError().has_value(); });
-    extended->addRow(tr("Total Time Roll&up"),
+    extended->addRow(tr("Total Ti&me Rollup"),
                      fieldPicker(&FieldMapping::taskTotalTimeRollup, &SettingsViewModel::taskRollupProperties));
     showWhile(extended, [&vm] { return vm.tasksSchema().has_value(); });
     return page(u"tasksContent"_s, database, fields, values, extended);
