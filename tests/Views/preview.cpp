@@ -98,6 +98,8 @@ QPalette darkPalette()
     dark.setColor(QPalette::Base, QColor(35, 35, 35));
     dark.setColor(QPalette::Highlight, QColor(42, 130, 218));
     dark.setColor(QPalette::HighlightedText, Qt::white);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        dark.setColor(QPalette::Disabled, role, QColor(130, 130, 130));
     return dark;
 }
 
