@@ -7,7 +7,6 @@
 #include "Views/Stack.h"
 #include "Views/Theme.h"
 
-#include <QHBoxLayout>
 #include <QPainter>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -72,9 +71,10 @@ SettingsView::SettingsView(TimerViewModel &timerVM, AppSettings &settings, HttpT
         }
         m_detail->addWidget(scrolling(content, rawValue(tab)));
     }
-    setLayout(hstack({.spacing = 0}, vstack({.spacing = 0}, m_sidebar),
-                     vstack({.spacing = 0, .padding = {ruleWidth + detailPadding, 0, detailPadding, 0}}, m_detail)));
-    static_cast<QHBoxLayout *>(layout())->setStretch(1, 1);
+    auto *detail = vstack({.spacing = 0, .padding = {ruleWidth + detailPadding, 0, detailPadding, 0}}, m_detail);
+    auto *columns = hstack({.spacing = 0}, vstack({.spacing = 0}, m_sidebar), detail);
+    columns->setStretch(columns->indexOf(detail), 1);
+    setLayout(columns);
     connect(m_sidebar, &SettingsSidebar::selectedTabChanged, this, &SettingsView::showDetail);
 }
 

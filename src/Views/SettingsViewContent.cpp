@@ -98,8 +98,9 @@ QWidget *SettingsView::connectionContent()
     const auto result = [&vm](const QString &name, bool outcome, Symbol symbol, FormText::Role role, auto words) {
         auto *text = new FormText(role, {}, FormText::Lines::one);
         auto *icon = new SymbolIcon(symbol, 13, text->ink());
-        auto *label = section(name, hstack({.spacing = 5}, icon, text));
-        static_cast<QBoxLayout *>(label->layout())->setStretch(1, 1);
+        auto *parts = hstack({.spacing = 5}, icon, text);
+        parts->setStretch(parts->indexOf(text), 1);
+        auto *label = section(name, parts);
         showWhile(label, [&vm, outcome] { return vm.connectionSuccess() == outcome; });
         follow(
             *label, [&vm, outcome, words] { return vm.connectionSuccess() == outcome ? words() : QString(); },
