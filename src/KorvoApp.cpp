@@ -33,7 +33,7 @@ KorvoApp::Shared::~Shared()
 
 KorvoApp::KorvoApp(int &argc, char **argv, Platform &platform) : m_shared(platform), m_application(argc, argv)
 {
-    QApplication::setApplicationName(u"Korvo"_s); // Also the name shown; set as such, it would end every window's title.
+    QApplication::setApplicationName(u"Korvo"_s); // A display name would end every title of a window.
     QApplication::setDesktopFileName(u"com.korvo.app"_s);
     m_delegate = std::make_unique<AppDelegate>(platform);
     QApplication::setQuitOnLastWindowClosed(m_delegate->applicationShouldTerminateAfterLastWindowClosed());
