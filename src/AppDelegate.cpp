@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "Controllers/SettingsWindow.h"
 #include "Platform/DockTile.h"
 #include "Platform/KeyGrabber.h"
 #include "Platform/MouseMonitor.h"
@@ -37,6 +38,7 @@ void logException(const UncaughtException &exception)
 AppDelegate::AppDelegate(Platform &platform, HttpTransport &transport, AppSettings &settings, QObject *parent) :
     QObject(parent),
     m_platform(platform),
+    m_transport(transport),
     m_settings(settings),
     m_clock(platform.clock()),
     m_timerVM(platform.notificationCenter(), transport, settings, m_clock),
@@ -113,11 +115,6 @@ void AppDelegate::tick()
 double AppDelegate::elapsedSeconds(const TimerEntry &entry) const
 {
     return double(entry.startTime.msecsTo(m_clock.now())) / 1000.0;
-}
-
-void AppDelegate::openSettings()
-{
-    dismissMenuPanel();
 }
 
 void AppDelegate::installCrashHandlers()

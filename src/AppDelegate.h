@@ -15,6 +15,7 @@ class KeyGrabber;
 class MouseMonitor;
 class Panel;
 class Platform;
+class SettingsWindow;
 class StatusItem;
 struct DockTileContent;
 
@@ -41,8 +42,11 @@ public:
     /// Whether the first screen has a camera housing at its top.
     bool hasPhysicalNotch() const;
 
-    /// Opens the settings. The menu panel closes first.
+    /// Opens the settings, or brings their window to the front. The menu panel closes first.
     void openSettings();
+
+    /// Binds the shortcut of the settings, whatever it is by now, to the quick-add panel; frees the key if none is set.
+    void registerGlobalHotkey();
 
     /// Lets the program stand in the Dock, or not, as the settings say.
     void updateDockIconVisibility();
@@ -70,12 +74,14 @@ private:
     DockTileContent makeDockIconImage(const QString &text, const QColor &ringColor, double elapsed) const;
 
     Platform &m_platform;
+    HttpTransport &m_transport;
     AppSettings &m_settings;
     Clock &m_clock;
     TimerViewModel m_timerVM;
     std::unique_ptr<StatusItem> m_statusItem;
     std::unique_ptr<Panel> m_menuPanel;               ///< There while it is open.
     std::unique_ptr<MouseMonitor> m_menuPanelMonitor; ///< The same.
+    std::unique_ptr<SettingsWindow> m_settingsWindow; ///< The last one that was opened.
     QTimer m_statusBarTimer{this};
     QPropertyNotifier m_menuFollowsTimer;
     QPropertyNotifier m_menuFollowsLoading;

@@ -33,8 +33,7 @@ KorvoApp::Shared::~Shared()
 
 KorvoApp::KorvoApp(int &argc, char **argv, Platform &platform) : m_shared(platform), m_application(argc, argv)
 {
-    QApplication::setApplicationName(u"Korvo"_s);
-    QApplication::setApplicationDisplayName(u"Korvo"_s);
+    QApplication::setApplicationName(u"Korvo"_s); // A display name would end every title of a window.
     QApplication::setDesktopFileName(u"com.korvo.app"_s);
     m_delegate = std::make_unique<AppDelegate>(platform);
     QApplication::setQuitOnLastWindowClosed(m_delegate->applicationShouldTerminateAfterLastWindowClosed());

@@ -92,29 +92,61 @@ QCoro::Task<> SettingsViewModel::runConnectionTest(QPointer<SettingsViewModel> s
 
 void SettingsViewModel::loadTimeTrackerSchema()
 {
-    const auto databaseId = m_settings.timeTrackerDBId();
-    if (!databaseId.isEmpty())
-        spawn(load(this, &SettingsViewModel::m_timeTracker, databaseId, &SettingsViewModel::autoMapTimeTrackerFields));
+    spawn(loadTimeTracker(this));
 }
 
 void SettingsViewModel::loadTasksSchema()
 {
-    const auto databaseId = m_settings.tasksDBId();
-    if (!databaseId.isEmpty())
-        spawn(load(this, &SettingsViewModel::m_tasks, databaseId, &SettingsViewModel::autoMapTaskFields));
+    spawn(loadTasks(this));
 }
 
 void SettingsViewModel::loadProjectsSchema()
 {
-    const auto relationName = m_settings.fieldMapping().taskProjectRelation;
-    if (!tasksSchema() || relationName.isEmpty())
-        return;
-    const auto relation = propertyNamed(relationName, tasksSchema());
+    spawn(loadProjects(this));
+}
+
+void SettingsViewModel::loadMissingSchemas()
+{
+    spawn(runMissingLoads(this));
+}
+
+QCoro::Task<> SettingsViewModel::runMissingLoads(QPointer<SettingsViewModel> self)
+{
+    if (self && !self->timeTrackerSchema())
+        co_await loadTimeTracker(self);
+    if (self && !self->tasksSchema())
+        co_await loadTasks(self);
+    if (self && !self->projectsSchema())
+        co_await loadProjects(self);
+}
+
+QCoro::Task<> SettingsViewModel::loadTimeTracker(QPointer<SettingsViewModel> self)
+{
+    const auto databaseId = self->m_settings.timeTrackerDBId();
+    if (databaseId.isEmpty())
+        co_return;
+    co_await load(self, &SettingsViewModel::m_timeTracker, databaseId, &SettingsViewModel::autoMapTimeTrackerFields);
+}
+
+QCoro::Task<> SettingsViewModel::loadTasks(QPointer<SettingsViewModel> self)
+{
+    const auto databaseId = self->m_settings.tasksDBId();
+    if (databaseId.isEmpty())
+        co_return;
+    co_await load(self, &SettingsViewModel::m_tasks, databaseId, &SettingsViewModel::autoMapTaskFields);
+}
+
+QCoro::Task<> SettingsViewModel::loadProjects(QPointer<SettingsViewModel> self)
+{
+    const auto relationName = self->m_settings.fieldMapping().taskProjectRelation;
+    if (!self->tasksSchema() || relationName.isEmpty())
+        co_return;
+    const auto relation = propertyNamed(relationName, self->tasksSchema());
     if (!relation || !relation->relationDatabaseId) {
-        m_projects.error = u"Could not determine Projects database ID"_s;
-        return;
+        self->m_projects.error = u"Could not determine Projects database ID"_s;
+        co_return;
     }
-    spawn(load(this, &SettingsViewModel::m_projects, *relation->relationDatabaseId, nullptr));
+    co_await load(self, &SettingsViewModel::m_projects, *relation->relationDatabaseId, nullptr);
 }
 
 QCoro::Task<> SettingsViewModel::load(QPointer<SettingsViewModel> self, LoadedSchema SettingsViewModel::*target,

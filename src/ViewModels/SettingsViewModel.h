@@ -97,6 +97,13 @@ public:
     /// without a Tasks schema or without a mapped relation. A relation that leads nowhere is an error.
     void loadProjectsSchema();
 
+    /// Loads the schemas that are not there yet and that the settings lead to: Time Tracker, Tasks and Projects, each
+    /// after the one before has ended, by what the settings say then.
+    void loadMissingSchemas();
+
+    /// Lets go of the Projects schema, as another relation may lead elsewhere.
+    void forgetProjectsSchema() { m_projects.schema = Schema(); }
+
     // What the pickers offer: read from the schemas each time, in the order of names, and empty without the schema.
     QList<NotionProperty> ttDateProperties() const;   ///< Also created times.
     QList<NotionProperty> ttSelectProperties() const; ///< Also of the status type.
@@ -120,6 +127,11 @@ private:
     using Step = void (SettingsViewModel::*)();
 
     static QCoro::Task<> runConnectionTest(QPointer<SettingsViewModel> self);
+    static QCoro::Task<> runMissingLoads(QPointer<SettingsViewModel> self);
+    // A load as a whole, with its conditions. It begins at once.
+    static QCoro::Task<> loadTimeTracker(QPointer<SettingsViewModel> self);
+    static QCoro::Task<> loadTasks(QPointer<SettingsViewModel> self);
+    static QCoro::Task<> loadProjects(QPointer<SettingsViewModel> self);
     /// Loads into `target`, and after a success runs `autoMap` if there is one.
     static QCoro::Task<> load(QPointer<SettingsViewModel> self, LoadedSchema SettingsViewModel::*target,
                               QString databaseId, Step autoMap);

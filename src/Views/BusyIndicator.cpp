@@ -5,11 +5,9 @@
 #include <QPainter>
 #include <QPen>
 
-#include <chrono>
+#include <algorithm>
 
 namespace korvo {
-
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -25,7 +23,7 @@ BusyIndicator::BusyIndicator(const QColor &color, int size, QWidget *parent) :
 {
     setFixedSize(size, size);
     setAccessibleName(tr("Busy"));
-    m_timer.setInterval(100ms); // A turn in 0.8 seconds.
+    m_timer.setInterval(spokeInterval);
     connect(&m_timer, &QTimer::timeout, this, [this] {
         m_step = (m_step + 1) % spokes;
         update();
@@ -45,15 +43,24 @@ void BusyIndicator::hideEvent(QHideEvent *)
 void BusyIndicator::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
+    drawSpokes(painter, rect(), m_color.isValid() ? m_color : palette().color(QPalette::Active, QPalette::WindowText),
+               m_step);
+}
+
+void drawSpokes(QPainter &painter, const QRectF &rect, const QColor &color, int step)
+{
+    const double size = std::min(rect.width(), rect.height());
+    painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.translate(width() / 2.0, height() / 2.0);
-    painter.rotate(360.0 / spokes * m_step);
+    painter.translate(rect.center());
+    painter.rotate(360.0 / spokes * (step % spokes));
     for (int i = 0; i < spokes; ++i) {
         painter.rotate(360.0 / spokes);
         const double opacity = palest + (1 - palest) * i / (spokes - 1);
-        painter.setPen(QPen(theme::faded(m_color, opacity), m_size / 10.0, Qt::SolidLine, Qt::RoundCap));
-        painter.drawLine(QPointF(0, -0.22 * m_size), QPointF(0, -0.4 * m_size));
+        painter.setPen(QPen(theme::faded(color, opacity), size / 10.0, Qt::SolidLine, Qt::RoundCap));
+        painter.drawLine(QPointF(0, -0.22 * size), QPointF(0, -0.4 * size));
     }
+    painter.restore();
 }
 
 } // namespace korvo

@@ -70,6 +70,10 @@ KeyDownMonitor::KeyDownMonitor(Handler handler, QObject *parent) : QObject(paren
 
 bool KeyDownMonitor::eventFilter(QObject *watched, QEvent *event)
 {
+    if (event->type() == QEvent::ShortcutOverride && m_precedesShortcuts) {
+        event->accept(); // Asked before each press: who says so wants it as a key.
+        return true;
+    }
     // A press comes to the window first, and from there on to the widgets, as often as they pass it on.
     if (event->type() != QEvent::KeyPress || !qobject_cast<QWindow *>(watched))
         return false;

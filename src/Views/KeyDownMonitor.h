@@ -22,11 +22,16 @@ public:
 
     explicit KeyDownMonitor(Handler handler, QObject *parent = nullptr);
 
+    /// Has it see also the presses that would otherwise be shortcuts and mnemonics of a window. These do nothing then,
+    /// whether the handler swallows them or not.
+    void precedeShortcuts() { m_precedesShortcuts = true; }
+
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     Handler m_handler;
+    bool m_precedesShortcuts = false;
 };
 
 } // namespace korvo

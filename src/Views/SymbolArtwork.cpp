@@ -139,8 +139,8 @@ QPainterPath arrowUpRightSquare()
                    stroked(line({{11.4, 2.6}, {15.4, 2.6}, {15.4, 6.6}}))});
 }
 
-/// A wheel of eight teeth with soft corners around a hole. Softened by a stroke it would get bolder in small sizes.
-QPainterPath gear(const QPointF &centre, double radius)
+/// A wheel of eight teeth with soft corners. Softened by a stroke it would get bolder in small sizes.
+QPainterPath outlineOfGear(const QPointF &centre, double radius)
 {
     constexpr int teeth = 8;
     constexpr double corners[]
@@ -162,7 +162,12 @@ QPainterPath gear(const QPointF &centre, double radius)
         outline.quadTo(cornerAt(i), towards(cornerAt(i), cornerAt((i + 1) % count)));
     }
     outline.closeSubpath();
-    return joined({outline}, disc(centre, 0.4 * radius));
+    return outline;
+}
+
+QPainterPath gear(const QPointF &centre, double radius)
+{
+    return joined({outlineOfGear(centre, radius)}, disc(centre, 0.4 * radius));
 }
 
 /// The same wheel, cut out around a dot at its upper right.
@@ -181,6 +186,104 @@ QPainterPath gearBadge()
 QPainterPath power()
 {
     return joined({stroked(arc({9, 9.8}, 6.2, 90 - 38, -284)), stroked(line({{9, 2.2}, {9, 9}}))});
+}
+
+QPainterPath ellipse(const QPointF &centre, double radiusX, double radiusY)
+{
+    QPainterPath path;
+    path.addEllipse(centre, radiusX, radiusY);
+    return path;
+}
+
+/// A band along an ellipse, without the seam that a stroke has.
+QPainterPath band(const QPointF &centre, double radiusX, double radiusY, double width)
+{
+    const double half = width / 2;
+    return joined({ellipse(centre, radiusX + half, radiusY + half)}, ellipse(centre, radiusX - half, radiusY - half));
+}
+
+/// Pieces that are bands already keep their own holes.
+QPainterPath together(std::initializer_list<QPainterPath> pieces)
+{
+    QPainterPath path;
+    path.setFillRule(Qt::WindingFill);
+    for (const auto &piece : pieces)
+        path.addPath(piece);
+    return path;
+}
+
+/// A globe: its outline, a meridian, the axis and the equator.
+QPainterPath network()
+{
+    constexpr double thin = 1.3;
+    return together({band(middle, 6.9, 6.9, thin), band(middle, 3.0, 6.9, thin),
+                     clockwise(stroked(line({{9, 2.4}, {9, 15.6}}), thin)),
+                     clockwise(stroked(line({{2.4, 9}, {15.6, 9}}), thin))});
+}
+
+/// A dial with its hands at three o'clock.
+QPainterPath clock()
+{
+    return together({band(middle, 6.8, 6.8, 1.5), clockwise(stroked(line({{9, 5}, {9, 9}, {12.4, 9}}), 1.5))});
+}
+
+/// Two lines with a tick before each.
+QPainterPath checklist()
+{
+    const auto tick = [](double y) { return stroked(line({{1.9, y}, {3.4, y + 1.6}, {6.3, y - 2}}), 1.5); };
+    const auto words = [](double y) { return stroked(line({{9, y}, {16, y}})); };
+    return joined({tick(5), words(5), tick(13), words(13)});
+}
+
+/// A wheel of eight teeth in outline, and its hub.
+QPainterPath gearshape()
+{
+    const auto wheel = stroked(outlineOfGear(middle, 7.1), 1.4);
+    return together({wheel, band(middle, 2.5, 2.5, 1.4)});
+}
+
+/// The corners of a line of that width, to be cut out of something: a stroke with round ends would lie on itself.
+QPainterPath tickShape(double width)
+{
+    const QPointF from(5.5, 9.3);
+    const QPointF turn(8, 11.8);
+    const QPointF to(12.6, 6.4);
+    const auto across = [width](const QPointF &a, const QPointF &b) {
+        const QLineF way(a, b);
+        return QPointF(-way.dy(), way.dx()) / way.length() * width / 2;
+    };
+    const auto first = across(from, turn);
+    const auto second = across(turn, to);
+    // Where the two edges meet, on either side of the turn.
+    const auto corner = [&](double side) {
+        QPointF meeting;
+        QLineF(from + side * first, turn + side * first)
+            .intersects(QLineF(turn + side * second, to + side * second), &meeting);
+        return meeting;
+    };
+    auto path = line({from + first, corner(1), to + second, to - second, corner(-1), from - first});
+    path.closeSubpath();
+    return path;
+}
+
+QPainterPath crossShape(double reach, double width)
+{
+    const double half = width / 2;
+    const auto path = line({{-half, -reach},
+                            {half, -reach},
+                            {half, -half},
+                            {reach, -half},
+                            {reach, half},
+                            {half, half},
+                            {half, reach},
+                            {-half, reach},
+                            {-half, half},
+                            {-reach, half},
+                            {-reach, -half},
+                            {-half, -half}});
+    auto closed = path;
+    closed.closeSubpath();
+    return QTransform::fromTranslate(middle.x(), middle.y()).rotate(45).map(closed);
 }
 
 } // namespace
@@ -208,6 +311,18 @@ QPainterPath symbolArtwork(Symbol symbol)
         return joined({disc(middle, 7.8)}, roundedSquare(middle, 5.6, 1));
     case Symbol::playCircle:
         return joined({stroked(arc(middle, 7, 0, 360)), triangle({9.3, 9}, 5.6)});
+    case Symbol::network:
+        return network();
+    case Symbol::clock:
+        return clock();
+    case Symbol::checklist:
+        return checklist();
+    case Symbol::gearshape:
+        return gearshape();
+    case Symbol::checkmarkCircleFill:
+        return joined({disc(middle, 7.8)}, tickShape(1.7));
+    case Symbol::xmarkCircleFill:
+        return joined({disc(middle, 7.8)}, crossShape(4.1, 1.7));
     }
     return {};
 }

@@ -48,6 +48,18 @@ QString symbolName(Symbol symbol)
         return u"stop.circle.fill"_s;
     case Symbol::playCircle:
         return u"play.circle"_s;
+    case Symbol::network:
+        return u"network"_s;
+    case Symbol::clock:
+        return u"clock"_s;
+    case Symbol::checklist:
+        return u"checklist"_s;
+    case Symbol::gearshape:
+        return u"gearshape"_s;
+    case Symbol::checkmarkCircleFill:
+        return u"checkmark.circle.fill"_s;
+    case Symbol::xmarkCircleFill:
+        return u"xmark.circle.fill"_s;
     }
     return {};
 }

@@ -22,6 +22,12 @@ enum class Symbol {
     playFill,
     stopCircleFill,
     playCircle,
+    network,
+    clock,
+    checklist,
+    gearshape,
+    checkmarkCircleFill,
+    xmarkCircleFill,
 };
 
 /// The design's name, as "stop.circle.fill".

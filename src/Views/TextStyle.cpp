@@ -32,6 +32,10 @@ double sizeOf(SystemText style)
     switch (style) {
     case SystemText::caption:
         return 10;
+    case SystemText::subheadline:
+        return 11;
+    case SystemText::callout:
+        return 12;
     case SystemText::body:
         return 13;
     case SystemText::title3:

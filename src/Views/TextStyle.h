@@ -19,7 +19,7 @@ struct TextStyle {
 QFont makeFont(const TextStyle &style);
 
 /// Text styles of the system, in proportion to the desktop's own text size.
-enum class SystemText { caption, body, title3, title2 };
+enum class SystemText { caption, subheadline, callout, body, title3, title2 };
 QFont makeFont(SystemText style, QFont::Weight weight = QFont::Normal, bool isMonospaced = false);
 
 /// Sets the colour in which a text or a symbol is drawn. It pales by itself while the widget is disabled.

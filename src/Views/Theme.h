@@ -54,6 +54,37 @@ inline QColor systemRedOn(const QPalette &palette)
     return isDark(palette) ? systemRed : QColor(255, 59, 48);
 }
 
+// For words in these colours: on a light ground the plain ones are too pale to read. Source as above, accessible.
+inline QColor greenTextOn(const QPalette &palette)
+{
+    return isDark(palette) ? systemGreen : QColor(36, 138, 61);
+}
+inline QColor redTextOn(const QPalette &palette)
+{
+    return isDark(palette) ? QColor(255, 105, 97) : QColor(215, 0, 21);
+}
+
+/// A link. The desktop's own colour for it is often left at the dark blue of white pages.
+inline QColor linkOn(const QPalette &palette)
+{
+    const QColor link = palette.color(QPalette::Active, QPalette::Link);
+    constexpr int legible = 130;
+    return isDark(palette) && link.lightness() < legible ? QColor(100, 170, 255) : link;
+}
+
+/// Of one colour so much, from 0 to 1, laid upon another.
+inline QColor mixed(const QColor &ground, const QColor &upon, double share)
+{
+    const auto part = [share](int below, int above) { return int(below + (above - below) * share + 0.5); };
+    return {part(ground.red(), upon.red()), part(ground.green(), upon.green()), part(ground.blue(), upon.blue())};
+}
+
+/// The hairline between parts, in the desktop's own colours.
+inline QColor separatorOn(const QPalette &palette)
+{
+    return faded(palette.color(QPalette::Active, QPalette::WindowText), isDark(palette) ? 0.18 : 0.15);
+}
+
 /// The colour for texts beside the main one.
 inline QColor secondaryOn(const QPalette &palette)
 {

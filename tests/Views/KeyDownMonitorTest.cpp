@@ -5,6 +5,8 @@
 
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QShortcut>
+#include <QSignalSpy>
 #include <QTest>
 #include <QWindow>
 
@@ -29,6 +31,7 @@ private slots:
     void modifierKeysByThemselvesAreNoPresses();
     void aKeyThatNobodyKnowsIsNoPress();
     void theHandlerMayDestroyTheMonitor();
+    void aShortcutOfTheWindowComesBeforeAMonitorUnlessItPrecedesThem();
 
 private:
     void press(int key, quint32 nativeScanCode, Qt::KeyboardModifiers modifiers = Qt::NoModifier,
@@ -157,6 +160,18 @@ void KeyDownMonitorTest::theHandlerMayDestroyTheMonitor()
     });
     press(Qt::Key_Escape, 53 + 8);
     QVERIFY(!monitor);
+}
+
+void KeyDownMonitorTest::aShortcutOfTheWindowComesBeforeAMonitorUnlessItPrecedesThem()
+{
+    QShortcut shortcut(QKeySequence(u"Alt+K"_s), m_edit.get());
+    QSignalSpy activated(&shortcut, &QShortcut::activated);
+    KeyDownMonitor monitor([](const KeyDown &) { return false; });
+    QTest::keyClick(m_edit->windowHandle(), Qt::Key_K, Qt::AltModifier);
+    QCOMPARE(activated.size(), 1);
+    monitor.precedeShortcuts();
+    QTest::keyClick(m_edit->windowHandle(), Qt::Key_K, Qt::AltModifier);
+    QCOMPARE(activated.size(), 1);
 }
 
 QTEST_MAIN(KeyDownMonitorTest)

@@ -11,10 +11,22 @@ using namespace korvo;
 
 namespace {
 
-constexpr Symbol allSymbols[]
-    = {Symbol::timer,          Symbol::wifiExclamationmark, Symbol::stopFill, Symbol::arrowUpRightSquare,
-       Symbol::gear,           Symbol::gearBadge,           Symbol::power,    Symbol::playFill,
-       Symbol::stopCircleFill, Symbol::playCircle};
+constexpr Symbol allSymbols[] = {Symbol::timer,
+                                 Symbol::wifiExclamationmark,
+                                 Symbol::stopFill,
+                                 Symbol::arrowUpRightSquare,
+                                 Symbol::gear,
+                                 Symbol::gearBadge,
+                                 Symbol::power,
+                                 Symbol::playFill,
+                                 Symbol::stopCircleFill,
+                                 Symbol::playCircle,
+                                 Symbol::network,
+                                 Symbol::clock,
+                                 Symbol::checklist,
+                                 Symbol::gearshape,
+                                 Symbol::checkmarkCircleFill,
+                                 Symbol::xmarkCircleFill};
 
 QImage pictureOf(Symbol symbol, int side, const QColor &color)
 {
@@ -97,6 +109,11 @@ void SymbolsTest::holesAreHoles()
     QCOMPARE(middle(Symbol::gear), 0);
     QCOMPARE(middle(Symbol::stopCircleFill), 0);
     QCOMPARE(middle(Symbol::playCircle), 255);
+    QCOMPARE(middle(Symbol::gearshape), 0);
+    QCOMPARE(middle(Symbol::xmarkCircleFill), 0);
+    QCOMPARE(qAlpha(pictureOf(Symbol::checkmarkCircleFill, 180, Qt::white).pixel(80, 118)), 0); // The turn of the tick.
+    QCOMPARE(qAlpha(pictureOf(Symbol::gearshape, 180, Qt::white).pixel(90, 48)), 0); // Between wheel and hub.
+    QCOMPARE(qAlpha(pictureOf(Symbol::clock, 180, Qt::white).pixel(60, 60)), 0);
     QCOMPARE(qAlpha(pictureOf(Symbol::playCircle, 180, Qt::white).pixel(40, 90)), 0); // Between ring and triangle.
     QCOMPARE(qAlpha(pictureOf(Symbol::power, 180, Qt::white).pixel(75, 40)), 0);      // The opening of the ring.
     QCOMPARE(qAlpha(pictureOf(Symbol::timer, 180, Qt::white).pixel(90, 130)), 0);

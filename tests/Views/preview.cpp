@@ -1,8 +1,11 @@
 // korvo-views FOLDER - draws the views with sample content into PNG files, for a person to look at.
 
+#include "Fakes/FakeScreens.h"
+#include "Fakes/NotionDatabases.h"
 #include "ViewWorld.h"
 #include "Views/ActiveTimerView.h"
 #include "Views/MenuBarView.h"
+#include "Views/SettingsView.h"
 #include "Views/Stack.h"
 #include "Views/TodayTasksView.h"
 
@@ -65,6 +68,73 @@ const QList<Sample> samples{
      }},
 };
 
+/// The three databases of the sample, as the settings load them.
+void showDatabases(ViewWorld &world)
+{
+    using namespace databases;
+    world.notion.answer(u"GET /users/me"_s, {});
+    world.notion.answer(u"GET /databases/tracker"_s,
+                        database({{u"Name"_s, column(u"title"_s)},
+                                  {u"Task"_s, relation(u"tasks"_s)},
+                                  {u"Start"_s, column(u"date"_s)},
+                                  {u"End"_s, column(u"date"_s)},
+                                  {u"Status"_s, choice(u"select"_s, {u"Running"_s, u"Stopped"_s})}}));
+    world.notion.answer(u"GET /databases/tasks"_s,
+                        database({{u"Name"_s, column(u"title"_s)},
+                                  {u"Date"_s, column(u"date"_s)},
+                                  {u"Timer"_s, choice(u"status"_s, {u"Running"_s, u"Stopped"_s})},
+                                  {u"Project"_s, relation(u"projects"_s)},
+                                  {u"Total minutes"_s, column(u"rollup"_s)}}));
+    world.notion.answer(u"GET /databases/projects"_s, database({{u"Client"_s, relation(u"clients"_s)}}));
+}
+
+QPalette lightPalette()
+{
+    return {QColor(239, 239, 239)};
+}
+
+QPalette darkPalette()
+{
+    QPalette dark(QColor(53, 53, 53));
+    dark.setColor(QPalette::Base, QColor(35, 35, 35));
+    dark.setColor(QPalette::Highlight, QColor(42, 130, 218));
+    dark.setColor(QPalette::HighlightedText, Qt::white);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        dark.setColor(QPalette::Disabled, role, QColor(130, 130, 130));
+    return dark;
+}
+
+/// Each tab of the settings in both palettes, set up and with a result; and once as a new user finds it.
+void saveSettings(const std::function<void(QWidget &, const QString &)> &save)
+{
+    for (const bool isDark : {false, true}) {
+        QApplication::setPalette(isDark ? darkPalette() : lightPalette());
+        const auto suffix = isDark ? u"-dark"_s : u"-light"_s;
+        for (const bool isNew : {true, false}) {
+            ViewWorld world;
+            FakeScreens screens;
+            showDatabases(world);
+            if (isNew) {
+                world.settings.settings.setApiKey({});
+                world.settings.settings.setTimeTrackerDBId({});
+                world.settings.settings.setTasksDBId({});
+            }
+            world.settings.settings.setReminderEnabled(true);
+            SettingsView view(*world.viewModel, world.settings.settings, world.notion, world.clock, screens, {});
+            view.resize(640, 620);
+            view.show();
+            view.settingsVM().testConnection();
+            ViewWorld::spinUntil([&] { return spawnedCount() == 0; });
+            for (const auto tab : allSettingsTabs) {
+                view.setSelectedTab(tab);
+                save(view,
+                     u"settings-"_s + rawValue(tab).toLower().remove(u' ') + (isNew ? u"-new"_s : QString()) + suffix);
+            }
+        }
+    }
+    QApplication::setPalette(lightPalette());
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -83,6 +153,7 @@ int main(int argc, char **argv)
         if (!view.grab().save(path))
             std::fprintf(stderr, "korvo-views: cannot write %s\n", qPrintable(path));
     };
+    saveSettings(save);
     for (const auto &sample : samples) {
         ViewWorld world;
         sample.prepare(world);

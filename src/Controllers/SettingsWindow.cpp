@@ -1,0 +1,62 @@
+#include "Controllers/SettingsWindow.h"
+
+#include "Views/SettingsView.h"
+#include "Views/Stack.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QKeySequence>
+#include <QScreen>
+#include <QShortcut>
+
+#include <algorithm>
+
+namespace korvo {
+
+namespace {
+
+constexpr QSize askedSize(520, 620); // The content widens it to what it needs.
+constexpr int titleBarHeight = 40;   // About; the window manager's own is known only once the window stands there.
+
+QScreen *screenOfPointer()
+{
+    auto *screen = QGuiApplication::screenAt(QCursor::pos());
+    return screen ? screen : QGuiApplication::primaryScreen();
+}
+
+} // namespace
+
+SettingsWindow::SettingsWindow(SettingsView *view) :
+    QWidget(nullptr,
+            Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
+                | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint),
+    m_view(*view)
+{
+    setWindowTitle(tr("Korvo Settings"));
+    setLayout(vstack({.spacing = 0}, view));
+    connect(new QShortcut(QKeySequence::Close, this), &QShortcut::activated, this, &QWidget::close);
+    takeSize();
+}
+
+/// No higher than the screen: the content scrolls.
+void SettingsWindow::takeSize()
+{
+    const auto least = m_view.minimumSizeHint();
+    QSize size = askedSize.expandedTo(least);
+    if (const auto *screen = screenOfPointer()) {
+        const QRect room = screen->availableGeometry();
+        size.setHeight(std::clamp(room.height() - titleBarHeight, least.height(), size.height()));
+        move(room.center() - QPoint(size.width() / 2, (size.height() + titleBarHeight) / 2));
+    }
+    setFixedSize(size);
+}
+
+void SettingsWindow::bringToFront()
+{
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+} // namespace korvo
