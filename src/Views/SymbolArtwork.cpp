@@ -183,6 +183,14 @@ QPainterPath power()
     return joined({stroked(arc({9, 9.8}, 6.2, 90 - 38, -284)), stroked(line({{9, 2.2}, {9, 9}}))});
 }
 
+/// A ring around a plus sign.
+QPainterPath plusCircle()
+{
+    constexpr double reach = 3.4;
+    return joined({stroked(arc(middle, 7, 0, 360)), stroked(line({{9 - reach, 9}, {9 + reach, 9}})),
+                   stroked(line({{9, 9 - reach}, {9, 9 + reach}}))});
+}
+
 } // namespace
 
 QPainterPath symbolArtwork(Symbol symbol)
@@ -208,6 +216,8 @@ QPainterPath symbolArtwork(Symbol symbol)
         return joined({disc(middle, 7.8)}, roundedSquare(middle, 5.6, 1));
     case Symbol::playCircle:
         return joined({stroked(arc(middle, 7, 0, 360)), triangle({9.3, 9}, 5.6)});
+    case Symbol::plusCircle:
+        return plusCircle();
     }
     return {};
 }

@@ -48,6 +48,8 @@ QString symbolName(Symbol symbol)
         return u"stop.circle.fill"_s;
     case Symbol::playCircle:
         return u"play.circle"_s;
+    case Symbol::plusCircle:
+        return u"plus.circle"_s;
     }
     return {};
 }

@@ -22,6 +22,7 @@ enum class Symbol {
     playFill,
     stopCircleFill,
     playCircle,
+    plusCircle,
 };
 
 /// The design's name, as "stop.circle.fill".

@@ -12,9 +12,9 @@ using namespace korvo;
 namespace {
 
 constexpr Symbol allSymbols[]
-    = {Symbol::timer,          Symbol::wifiExclamationmark, Symbol::stopFill, Symbol::arrowUpRightSquare,
-       Symbol::gear,           Symbol::gearBadge,           Symbol::power,    Symbol::playFill,
-       Symbol::stopCircleFill, Symbol::playCircle};
+    = {Symbol::timer,          Symbol::wifiExclamationmark, Symbol::stopFill,  Symbol::arrowUpRightSquare,
+       Symbol::gear,           Symbol::gearBadge,           Symbol::power,     Symbol::playFill,
+       Symbol::stopCircleFill, Symbol::playCircle,          Symbol::plusCircle};
 
 QImage pictureOf(Symbol symbol, int side, const QColor &color)
 {
