@@ -15,6 +15,7 @@ class KeyGrabber;
 class MouseMonitor;
 class Panel;
 class Platform;
+class QuickAddWindowController;
 class StatusItem;
 struct DockTileContent;
 
@@ -43,6 +44,9 @@ public:
 
     /// Opens the settings. The menu panel closes first.
     void openSettings();
+
+    /// Binds the shortcut of the settings, whatever it is by now, to the quick-add panel; frees the key if none is set.
+    void registerGlobalHotkey();
 
     /// Lets the program stand in the Dock, or not, as the settings say.
     void updateDockIconVisibility();
@@ -79,7 +83,8 @@ private:
     QTimer m_statusBarTimer;
     QPropertyNotifier m_menuFollowsTimer;
     QPropertyNotifier m_menuFollowsLoading;
-    bool m_previouslyRunning = false; ///< Whether the last update showed a running timer.
+    bool m_previouslyRunning = false;                               ///< Whether the last update showed a running timer.
+    std::shared_ptr<QuickAddWindowController> m_quickAddController; ///< Since the launch.
     std::unique_ptr<KeyGrabber> m_keyGrabber;
     GlobalHotkeyService m_hotkeyService;
     int m_lastDockMinute = -1; ///< Last drawn in the Dock; -1 while no timer stands there.
