@@ -9,9 +9,8 @@ namespace korvo::demo {
 
 using namespace Qt::StringLiterals;
 
-DemoCommands::DemoCommands(Platform &platform, TimerViewModel &timerVM, AppSettings &settings, QObject *parent) :
+DemoCommands::DemoCommands(TimerViewModel &timerVM, AppSettings &settings, QObject *parent) :
     QObject(parent),
-    m_platform(platform),
     m_timerVM(timerVM),
     m_settings(settings),
     m_input(STDIN_FILENO, QSocketNotifier::Read)
@@ -52,12 +51,6 @@ void DemoCommands::run(const QString &line)
         m_timerVM.stopTimer();
     } else if (command == u"quick-add"_s) {
         m_timerVM.quickAddTask(name);
-    } else if (command == u"shortcut"_s) {
-        m_hotkey.reset(); // It gives its key back to the grabber.
-        m_grabber = m_platform.makeKeyGrabber();
-        m_hotkey = std::make_unique<GlobalHotkeyService>(*m_grabber);
-        m_hotkey->registerHotkey(m_settings.quickAddKeyCode(), m_settings.quickAddModifiers(),
-                                 [this, name] { m_timerVM.quickAddTask(name); });
     } else if (command == u"login"_s) {
         m_settings.setLaunchAtLogin(name == u"on"_s);
     } else if (command == u"remind"_s) {

@@ -49,7 +49,7 @@ int main(int argc, char **argv)
                                                         : "There is no tray here; Korvo waits for one.\n",
                stderr);
 
-    const korvo::demo::DemoCommands commands(*platform, app.delegate().timerViewModel(), korvo::AppSettings::shared());
+    const korvo::demo::DemoCommands commands(app.delegate().timerViewModel(), korvo::AppSettings::shared());
     const int status = app.exec();
     sandbox.reset(); // Its sockets end before the application does.
     return status;

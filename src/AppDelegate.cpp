@@ -1,6 +1,7 @@
 #include "AppDelegate.h"
 
 #include "Controllers/SettingsWindow.h"
+#include "Controllers/QuickAddWindowController.h"
 #include "Platform/DockTile.h"
 #include "Platform/KeyGrabber.h"
 #include "Platform/MouseMonitor.h"
@@ -78,6 +79,8 @@ void AppDelegate::applicationDidFinishLaunching()
         m_settings.setUseNotchUI(false);
         Log::info(u"No notch — menu bar mode only"_s);
     }
+    m_quickAddController = std::make_shared<QuickAddWindowController>(m_timerVM, m_platform);
+    registerGlobalHotkey();
     Log::info(u"App launch complete"_s);
 }
 
@@ -97,6 +100,8 @@ void AppDelegate::applicationWillTerminate()
     Log::info(u"App terminating — applicationWillTerminate"_s);
     m_hotkeyService.unregister();
     dismissMenuPanel();
+    if (m_quickAddController)
+        m_quickAddController->dismiss();
     m_statusBarTimer.stop();
     m_platform.dockTile().setContent(std::nullopt); // A tile with a timer in it doesn't outlive the run.
     m_timerVM.stopPolling();

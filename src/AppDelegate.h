@@ -16,6 +16,7 @@ class MouseMonitor;
 class Panel;
 class Platform;
 class SettingsWindow;
+class QuickAddWindowController;
 class StatusItem;
 struct DockTileContent;
 
@@ -85,7 +86,8 @@ private:
     QTimer m_statusBarTimer{this};
     QPropertyNotifier m_menuFollowsTimer;
     QPropertyNotifier m_menuFollowsLoading;
-    bool m_previouslyRunning = false; ///< Whether the last update showed a running timer.
+    bool m_previouslyRunning = false;                               ///< Whether the last update showed a running timer.
+    std::shared_ptr<QuickAddWindowController> m_quickAddController; ///< Since the launch.
     std::unique_ptr<KeyGrabber> m_keyGrabber;
     GlobalHotkeyService m_hotkeyService;
     int m_lastDockMinute = -1; ///< Last drawn in the Dock; -1 while no timer stands there.

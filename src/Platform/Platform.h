@@ -10,6 +10,7 @@ namespace korvo {
 
 class Clock;
 class DockTile;
+class InputPanel;
 class KeyGrabber;
 class KeyboardLayout;
 class LoginItem;
@@ -47,6 +48,7 @@ public:
     virtual std::unique_ptr<StatusItem> makeStatusItem() = 0;
     virtual std::unique_ptr<KeyGrabber> makeKeyGrabber() = 0;
     virtual std::unique_ptr<Panel> makePanel(const PanelStyle &style) = 0;
+    virtual std::unique_ptr<InputPanel> makeInputPanel() = 0;
     virtual std::unique_ptr<MouseMonitor> makeMouseMonitor() = 0;
 
     /// Calls `handler` on whatever thread receives one of the signals SIGTERM, SIGINT and SIGABRT, with its number; the

@@ -3,6 +3,8 @@
 #include <QList>
 #include <QRectF>
 
+#include <optional>
+
 namespace korvo {
 
 /// One screen of the desktop, in logical pixels.
@@ -21,6 +23,10 @@ public:
 
     /// All screens, the one that holds the desktop's bar first; empty if there is none.
     virtual QList<Screen> screens() const = 0;
+
+    /// The screen where the user works: that of the window which has the keyboard, of whatever program, else that of the
+    /// pointer, else the first. None if there is no screen.
+    virtual std::optional<Screen> mainScreen() const = 0;
 };
 
 } // namespace korvo

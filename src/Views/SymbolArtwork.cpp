@@ -286,6 +286,14 @@ QPainterPath crossShape(double reach, double width)
     return QTransform::fromTranslate(middle.x(), middle.y()).rotate(45).map(closed);
 }
 
+/// A ring around a plus sign.
+QPainterPath plusCircle()
+{
+    constexpr double reach = 3.4;
+    return joined({stroked(arc(middle, 7, 0, 360)), stroked(line({{9 - reach, 9}, {9 + reach, 9}})),
+                   stroked(line({{9, 9 - reach}, {9, 9 + reach}}))});
+}
+
 } // namespace
 
 QPainterPath symbolArtwork(Symbol symbol)
@@ -323,6 +331,8 @@ QPainterPath symbolArtwork(Symbol symbol)
         return joined({disc(middle, 7.8)}, tickShape(1.7));
     case Symbol::xmarkCircleFill:
         return joined({disc(middle, 7.8)}, crossShape(4.1, 1.7));
+    case Symbol::plusCircle:
+        return plusCircle();
     }
     return {};
 }

@@ -60,6 +60,8 @@ QString symbolName(Symbol symbol)
         return u"checkmark.circle.fill"_s;
     case Symbol::xmarkCircleFill:
         return u"xmark.circle.fill"_s;
+    case Symbol::plusCircle:
+        return u"plus.circle"_s;
     }
     return {};
 }

@@ -28,6 +28,7 @@ enum class Symbol {
     gearshape,
     checkmarkCircleFill,
     xmarkCircleFill,
+    plusCircle,
 };
 
 /// The design's name, as "stop.circle.fill".

@@ -158,10 +158,12 @@ void AppDelegateTest::launchWithTimer(double elapsed, const QString &status)
 void AppDelegateTest::launchWritesItsLinesInOrder()
 {
     m_world->delegate->applicationDidFinishLaunching();
-    QCOMPARE(m_world->platform.fakeLog.lines,
-             QStringList({u"INFO App launched — applicationDidFinishLaunching"_s, u"INFO Status item created"_s,
-                          u"INFO Polling started"_s, u"INFO Physical notch detected: false"_s,
-                          u"INFO No notch — menu bar mode only"_s, u"INFO App launch complete"_s}));
+    QCOMPARE(
+        m_world->platform.fakeLog.lines,
+        QStringList({u"INFO App launched — applicationDidFinishLaunching"_s, u"INFO Status item created"_s,
+                     u"INFO Polling started"_s, u"INFO Physical notch detected: false"_s,
+                     u"INFO No notch — menu bar mode only"_s,
+                     u"INFO Global hotkey registered (keyCode: 45, modifiers: 768)"_s, u"INFO App launch complete"_s}));
 }
 
 void AppDelegateTest::itemIsNeverBlank()

@@ -2,6 +2,7 @@
 
 #include "Fakes/FakeClock.h"
 #include "Fakes/FakeDockTile.h"
+#include "Fakes/FakeInputPanel.h"
 #include "Fakes/FakeKeyGrabber.h"
 #include "Fakes/FakeKeyboardLayout.h"
 #include "Fakes/FakeLoginItem.h"
@@ -52,6 +53,13 @@ public:
         ++panelCount;
         return made;
     }
+    std::unique_ptr<InputPanel> makeInputPanel() override
+    {
+        auto made = std::make_unique<FakeInputPanel>();
+        inputPanel = made.get();
+        ++inputPanelCount;
+        return made;
+    }
     std::unique_ptr<MouseMonitor> makeMouseMonitor() override
     {
         auto monitor = std::make_unique<FakeMouseMonitor>();
@@ -72,8 +80,10 @@ public:
     FakeDockTile fakeDockTile;
     QPointer<FakeStatusItem> statusItem;
     QPointer<FakeKeyGrabber> keyGrabber;
-    QPointer<FakePanel> panel; ///< The last one that was made.
-    int panelCount = 0;        ///< How many have been made.
+    QPointer<FakePanel> panel;           ///< The last one that was made.
+    int panelCount = 0;                  ///< How many have been made.
+    QPointer<FakeInputPanel> inputPanel; ///< The same.
+    int inputPanelCount = 0;
     QPointer<FakeMouseMonitor> mouseMonitor;
     void (*signalHandler)(int) = nullptr;
     void (*exceptionHandler)(const UncaughtException &) = nullptr;

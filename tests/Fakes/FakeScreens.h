@@ -8,10 +8,17 @@ namespace korvo {
 class FakeScreens final : public Screens {
 public:
     QList<Screen> screens() const override { return all; }
+    std::optional<Screen> mainScreen() const override
+    {
+        if (main)
+            return main;
+        return all.isEmpty() ? std::nullopt : std::optional(all.first());
+    }
 
     /// One screen as of a laptop whose camera housing is `inset` high; 0 for one without.
     void setSingle(const QRectF &geometry, double inset = 0) { all = {{geometry, inset, geometry}}; }
 
+    std::optional<Screen> main; ///< Where the user works; the first screen if nobody says.
     QList<Screen> all{{QRectF(0, 0, 1280, 800), 0, QRectF(0, 24, 1280, 776)}};
 };
 

@@ -12,6 +12,8 @@
 #include "Platform/Linux/QtScreens.h"
 #include "Platform/Linux/SignalLog.h"
 #include "Platform/Platform.h"
+#include "Platform/X11/ActiveWindow.h"
+#include "Platform/X11/X11InputPanel.h"
 #include "Platform/X11/X11MouseMonitor.h"
 #include "Platform/X11/X11Panel.h"
 #include "Platform/X11/XkbKeyboardLayout.h"
@@ -57,6 +59,7 @@ public:
     }
     std::unique_ptr<KeyGrabber> makeKeyGrabber() override { return makeDesktopKeyGrabber(); }
     std::unique_ptr<Panel> makePanel(const PanelStyle &style) override { return std::make_unique<X11Panel>(style); }
+    std::unique_ptr<InputPanel> makeInputPanel() override { return std::make_unique<X11InputPanel>(); }
     std::unique_ptr<MouseMonitor> makeMouseMonitor() override
     {
         auto monitor = std::make_unique<X11MouseMonitor>();
@@ -76,7 +79,7 @@ private:
     LinuxClock m_clock;
     JournalLog m_systemLog;
     JsonUserDefaults m_userDefaults;
-    QtScreens m_screens;
+    QtScreens m_screens{deviceTreeCompatible(), x11ActiveWindowGeometry};
     XkbKeyboardLayout m_keyboardLayout;
     AutostartLoginItem m_loginItem;
     DesktopNotifications m_notificationCenter;

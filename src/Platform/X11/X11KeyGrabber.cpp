@@ -2,6 +2,7 @@
 
 #include "Platform/X11/MacKeyCodes.h"
 #include "Platform/X11/ModifierMap.h"
+#include "Platform/X11/UserTime.h"
 #include "Platform/X11/X11Connection.h"
 
 #include <QCoreApplication>
@@ -258,9 +259,10 @@ bool X11KeyGrabber::handlePress(const xcb_key_press_event_t &event)
     const bool isRepeat = m_isDown || (m_releaseTime != 0 && event.time == m_releaseTime);
     m_isDown = true;
     startReleaseWatch();
+    noteUserTime(event.time);
     if (!isRepeat)
         emit pressed(); // The last thing: who is told may give the key back.
-    return true;
+    return false;       // The toolkit notes the time too, and tells it of windows that it then shows.
 }
 
 bool X11KeyGrabber::handleRelease(const xcb_key_press_event_t &event)

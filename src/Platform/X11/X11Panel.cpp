@@ -2,21 +2,16 @@
 
 #include "Platform/X11/PanelShadow.h"
 #include "Platform/X11/PanelStack.h"
-#include "Platform/X11/X11Connection.h"
+#include "Platform/X11/WindowShape.h"
 
 #include <QEvent>
 #include <QImage>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QRegion>
-#include <QTransform>
 #include <QWidget>
 
-#include <algorithm>
 #include <optional>
-#include <vector>
-
-#include <xcb/shape.h>
 
 namespace korvo {
 
@@ -35,43 +30,6 @@ QRegion inside(const QRegion &region, int distance)
 {
     return region & region.translated(distance, 0) & region.translated(-distance, 0) & region.translated(0, distance)
         & region.translated(0, -distance);
-}
-
-/// The pixels of which `shape` covers the greater part, as far as they are in a window of `size`, in bands of equal rows.
-std::vector<xcb_rectangle_t> rectanglesOf(const QPainterPath &shape, const QSize &size)
-{
-    QImage coverage(size, QImage::Format_Alpha8);
-    coverage.fill(0);
-    QPainter painter(&coverage);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.fillPath(shape, Qt::black);
-    painter.end();
-
-    std::vector<xcb_rectangle_t> rectangles;
-    std::vector<xcb_rectangle_t> band; // The rectangles of the rows above that are alike.
-    for (int y = 0; y < coverage.height(); ++y) {
-        const uchar *const line = coverage.constScanLine(y);
-        std::vector<xcb_rectangle_t> row;
-        for (int x = 0; x < coverage.width(); ++x) {
-            if (line[x] < 128)
-                continue;
-            const int first = x;
-            while (x < coverage.width() && line[x] >= 128)
-                ++x;
-            row.push_back({qint16(first), qint16(y), quint16(x - first), 1});
-        }
-        const bool isAlike = std::ranges::equal(
-            row, band, [](const auto &one, const auto &other) { return one.x == other.x && one.width == other.width; });
-        if (isAlike) {
-            for (auto &one : band)
-                ++one.height;
-        } else {
-            rectangles.insert(rectangles.end(), band.begin(), band.end());
-            band = std::move(row);
-        }
-    }
-    rectangles.insert(rectangles.end(), band.begin(), band.end());
-    return rectangles;
 }
 
 } // namespace
@@ -247,26 +205,9 @@ void X11Panel::applyShape()
     applyNativeShape();
 }
 
-/// Tells the X server what can be clicked and, without a compositor, what can be seen.
 void X11Panel::applyNativeShape()
 {
-    auto *const connection = x11Connection();
-    if (!connection || !m_window->internalWinId())
-        return;
-    const auto id = xcb_window_t(m_window->internalWinId());
-    const double scale = m_window->devicePixelRatioF();
-    const auto shape = rectanglesOf(QTransform::fromScale(scale, scale).map(shapeInWindow()),
-                                    (QSizeF(m_window->size()) * scale).toSize());
-    const auto set = [&](xcb_shape_kind_t kind) {
-        xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_UNSORTED, id, 0, 0,
-                             quint32(shape.size()), shape.data());
-    };
-    set(XCB_SHAPE_SK_INPUT);
-    if (m_compositor.isRunning())
-        xcb_shape_mask(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, id, 0, 0, XCB_PIXMAP_NONE);
-    else
-        set(XCB_SHAPE_SK_BOUNDING);
-    xcb_flush(connection);
+    setWindowShape(*m_window, shapeInWindow(), !m_compositor.isRunning());
 }
 
 } // namespace korvo

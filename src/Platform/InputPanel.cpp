@@ -1,0 +1,1 @@
+#include "Platform/InputPanel.h" // For its meta-object code.
