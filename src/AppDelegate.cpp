@@ -1,7 +1,7 @@
 #include "AppDelegate.h"
 
-#include "Controllers/SettingsWindow.h"
 #include "Controllers/QuickAddWindowController.h"
+#include "Controllers/SettingsWindow.h"
 #include "Platform/DockTile.h"
 #include "Platform/KeyGrabber.h"
 #include "Platform/MouseMonitor.h"

@@ -11,23 +11,12 @@ using namespace korvo;
 
 namespace {
 
-constexpr Symbol allSymbols[] = {Symbol::timer,
-                                 Symbol::wifiExclamationmark,
-                                 Symbol::stopFill,
-                                 Symbol::arrowUpRightSquare,
-                                 Symbol::gear,
-                                 Symbol::gearBadge,
-                                 Symbol::power,
-                                 Symbol::playFill,
-                                 Symbol::stopCircleFill,
-                                 Symbol::playCircle,
-                                 Symbol::plusCircle,
-                                 Symbol::network,
-                                 Symbol::clock,
-                                 Symbol::checklist,
-                                 Symbol::gearshape,
-                                 Symbol::checkmarkCircleFill,
-                                 Symbol::xmarkCircleFill};
+constexpr Symbol allSymbols[]
+    = {Symbol::timer,          Symbol::wifiExclamationmark, Symbol::stopFill,   Symbol::arrowUpRightSquare,
+       Symbol::gear,           Symbol::gearBadge,           Symbol::power,      Symbol::playFill,
+       Symbol::stopCircleFill, Symbol::playCircle,          Symbol::plusCircle, Symbol::network,
+       Symbol::clock,          Symbol::checklist,           Symbol::gearshape,  Symbol::checkmarkCircleFill,
+       Symbol::xmarkCircleFill};
 
 QImage pictureOf(Symbol symbol, int side, const QColor &color)
 {
