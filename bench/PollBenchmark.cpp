@@ -1,5 +1,6 @@
 // korvo-bench-poll SANDBOX - what one poll costs: the program's own CPU for a poll of 100 tasks with the three page reads,
-// and the time of a poll over TLS on a long way beside five bare requests on one kept connection.
+// and the time of a poll over TLS on a long way beside five bare requests on one kept connection. Ends with 1 if anything
+// that was measured has failed.
 
 #include "Fakes/FakeNotificationCenter.h"
 #include "Fakes/FakeNotion.h"
@@ -127,7 +128,17 @@ void pollOnce(TimerViewModel &viewModel, PollClock &clock)
     clock.setLoop(nullptr);
 }
 
-void measureCpu(const Workspace &workspace)
+/// Whether the last poll and the action before it, if there was one, have worked; what has failed is measured for nothing.
+bool hasWorked(const TimerViewModel &viewModel)
+{
+    if (!viewModel.errorMessage())
+        return true;
+    std::fprintf(stderr, "korvo-bench-poll: %s\n", qPrintable(*viewModel.errorMessage()));
+    return false;
+}
+
+/// This and the others below are false if what they measured has failed.
+bool measureCpu(const Workspace &workspace)
 {
     PollClock clock;
     TestSettings settings;
@@ -142,19 +153,22 @@ void measureCpu(const Workspace &workspace)
     FakeNotificationCenter notifications;
     TimerViewModel viewModel(notifications, transport, settings.settings, clock);
     pollOnce(viewModel, clock);
+    bool isGood = hasWorked(viewModel);
     QList<double> polls;
-    for (int i = 0; i < 50; ++i) {
+    for (int i = 0; i < 50 && isGood; ++i) {
         const double before = cpuMilliseconds();
         pollOnce(viewModel, clock);
         polls.append(cpuMilliseconds() - before);
+        isGood = hasWorked(viewModel);
     }
     std::printf("%-52s%8.2f ms  (goal 5; %lld tasks read, project %s)\n", "CPU of a poll of 100 tasks and three pages",
                 median(polls), static_cast<long long>(viewModel.todayTasks().size()),
                 viewModel.activeTimer() && viewModel.activeTimer()->clientName ? "and client too" : "missing");
     viewModel.stopPolling();
+    return isGood;
 }
 
-void measureLongWay(const Workspace &workspace)
+bool measureLongWay(const Workspace &workspace)
 {
     PollClock clock;
     TestSettings settings;
@@ -167,7 +181,8 @@ void measureLongWay(const Workspace &workspace)
         = {{"Authorization", "Bearer " + settings.settings.apiKey().toUtf8()}, {"Notion-Version", "2022-06-28"}};
     QList<double> polls;
     QList<double> requests;
-    for (int i = 0; i < 7; ++i) {
+    bool isGood = true;
+    for (int i = 0; i < 7 && isGood; ++i) {
         QElapsedTimer timer;
         {
             CurlTransport transport;
@@ -185,16 +200,18 @@ void measureLongWay(const Workspace &workspace)
         timer.start();
         pollOnce(viewModel, clock);
         polls.append(double(timer.nsecsElapsed()) / 1e6);
+        isGood = hasWorked(viewModel);
         viewModel.stopPolling();
         finishSpawned(1000);
     }
     std::printf("%-52s%8.1f ms\n", "five bare requests over TLS, 40 ms round trip", median(requests));
     std::printf("%-52s%8.1f ms  ratio %.3f (goal 1.05)\n", "a poll on the same way", median(polls),
                 median(polls) / median(requests));
+    return isGood;
 }
 
 /// With the network's part left out: a workspace in memory answers at once.
-void measureQuickAdd()
+bool measureQuickAdd()
 {
     PollClock clock;
     TestSettings settings;
@@ -209,8 +226,10 @@ void measureQuickAdd()
     FakeNotificationCenter notifications;
     TimerViewModel viewModel(notifications, notion, settings.settings, clock);
     pollOnce(viewModel, clock);
+    bool isGood = hasWorked(viewModel);
     QList<double> actions;
-    for (int i = 0; i < 50; ++i) {
+    for (int i = 0; i < 50 && isGood; ++i) {
+        notion.asked.clear();
         QEventLoop loop;
         QObject::connect(&viewModel, &TimerViewModel::isLoadingChanged, &loop, [&] {
             if (!viewModel.isLoading())
@@ -221,9 +240,16 @@ void measureQuickAdd()
         if (viewModel.isLoading())
             loop.exec();
         actions.append(cpuMilliseconds() - before);
+        isGood = hasWorked(viewModel);
+        const auto writes = notion.calls().mid(0, 4);
+        if (writes != QStringList{u"PATCH /pages/e1"_s, u"PATCH /pages/t1"_s, u"POST /pages"_s, u"POST /pages"_s}) {
+            std::fprintf(stderr, "korvo-bench-poll: a quick add asked for %s\n", qPrintable(writes.join(u", "_s)));
+            isGood = false;
+        }
     }
     std::printf("%-52s%8.2f ms  (goal 3)\n", "CPU of a quick add apart from the network", median(actions));
     viewModel.stopPolling();
+    return isGood;
 }
 
 } // namespace
@@ -236,12 +262,13 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "usage: korvo-bench-poll SANDBOX\n");
         return 2;
     }
+    bool isGood = true;
     {
         const Workspace workspace(QString::fromLocal8Bit(argv[1]));
-        measureLongWay(workspace);
-        measureCpu(workspace);
+        isGood = measureLongWay(workspace) && isGood;
+        isGood = measureCpu(workspace) && isGood;
     }
-    measureQuickAdd();
+    isGood = measureQuickAdd() && isGood;
     finishSpawned(1000);
-    return 0;
+    return isGood ? 0 : 1;
 }

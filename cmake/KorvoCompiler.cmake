@@ -32,6 +32,13 @@ if(KORVO_SANITIZE)
     target_link_options(korvo_compiler INTERFACE "-fsanitize=${KORVO_SANITIZE}")
 endif()
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
+    include(CheckPIESupported)
+    check_pie_supported(LANGUAGES CXX)
+    set(CMAKE_POSITION_INDEPENDENT_CODE ON)
     set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
+    # What Debian hardens its packages with: dpkg-buildflags --get CXXFLAGS and LDFLAGS with hardening=+all.
+    target_compile_options(korvo_compiler INTERFACE -fstack-protector-strong -fstack-clash-protection -fcf-protection
+                           -Wformat -Werror=format-security)
+    target_compile_definitions(korvo_compiler INTERFACE _FORTIFY_SOURCE=2)
     target_link_options(korvo_compiler INTERFACE -Wl,--as-needed -Wl,-z,relro,-z,now)
 endif()

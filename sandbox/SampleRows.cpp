@@ -151,6 +151,8 @@ void addTasks(Workspace &workspace)
             properties.insert(u"Project"_s, related(workspace.findPage(workspace.projectsId(), task.project)));
         const QString id = workspace.createPage(workspace.tasksId(), properties);
         workspace.setCreatedTime(id, now.addDays(-7).addSecs(-600 * age--));
+        if (task.daysFromToday == 0)
+            workspace.keepOnToday(id);
     }
 }
 

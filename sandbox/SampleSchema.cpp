@@ -14,6 +14,7 @@ const QString sampleproperty::entryTask = u"tk]W"_s;
 const QString sampleproperty::entryStart = u"?B:s"_s;
 const QString sampleproperty::entryEnd = u"~aE@"_s;
 const QString sampleproperty::entryStatus = u"hlY="_s;
+const QString sampleproperty::taskDate = u"AtP]"_s;
 const QString sampleproperty::taskTimer = u"gY{P"_s;
 
 namespace {
@@ -156,7 +157,7 @@ Database tasks(Workspace &workspace)
                                 .optionIds = {priority.options[i].id}});
     }
     tasks.properties = {
-        property(u"AtP]"_s, u"Date"_s, PropertyType::date),
+        property(sampleproperty::taskDate, u"Date"_s, PropertyType::date),
         options(workspace, property(sampleproperty::taskTimer, u"Timer"_s, PropertyType::select),
                 {{u"Running"_s, u"green"_s}, {u"Stopped"_s, u"gray"_s}}),
         priority,

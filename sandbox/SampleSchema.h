@@ -12,6 +12,7 @@ extern const QString entryTask;
 extern const QString entryStart;
 extern const QString entryEnd;
 extern const QString entryStatus;
+extern const QString taskDate;
 extern const QString taskTimer;
 } // namespace sampleproperty
 

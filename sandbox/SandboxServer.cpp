@@ -103,6 +103,7 @@ void SandboxServer::Private::accept(QTcpSocket *socket)
 
 void SandboxServer::Private::receive(HttpConnection *connection, const Request &request)
 {
+    workspace->followTheDay();
     if (isControlRequest(request)) {
         connection->send(handleControl(q, request));
         return;

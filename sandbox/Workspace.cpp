@@ -28,7 +28,10 @@ QJsonObject dateValue(const QDateTime &time)
 
 } // namespace
 
-Workspace::Workspace(std::function<QDateTime()> clock) : m_clock(std::move(clock)), m_random(idSeed)
+Workspace::Workspace(std::function<QDateTime()> clock) :
+    m_clock(std::move(clock)),
+    m_random(idSeed),
+    m_today(now().date())
 {
     addSampleDatabases(*this);
     addSampleRows(*this);
@@ -257,6 +260,24 @@ void Workspace::stopTimers()
         for (const QString &taskId : relatedIds(*page(id), *task))
             updatePage(taskId, {{sampleproperty::taskTimer, optionValue(u"select"_s, u"Stopped"_s)}});
     }
+}
+
+void Workspace::followTheDay()
+{
+    const QDate today = now().date();
+    if (today == m_today)
+        return;
+    const QString before = m_today.toString(Qt::ISODate);
+    m_keptOnToday.removeIf([&](const QString &id) {
+        Page *task = mutablePage(id);
+        QJsonObject date = task ? task->values.value(sampleproperty::taskDate).toObject() : QJsonObject();
+        if (date[u"start"_s] != before || !date[u"end"_s].isNull())
+            return true; // It has a date that somebody chose, or is gone.
+        date[u"start"_s] = today.toString(Qt::ISODate);
+        task->values.insert(sampleproperty::taskDate, date);
+        return false;
+    });
+    m_today = today;
 }
 
 bool Workspace::renameProperty(const QString &databaseId, const QString &from, const QString &to)

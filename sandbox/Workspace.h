@@ -70,6 +70,10 @@ public:
     /// Stops all running timers as from another device.
     void stopTimers();
 
+    /// Once the clock shows another day, moves the sample's tasks of today there, so that a demonstration that goes on
+    /// past midnight still has some. Those that somebody has given another date stay. To be called before each request.
+    void followTheDay();
+
     /// Gives a column another name, as a user may at any time. False if there is no such column.
     bool renameProperty(const QString &databaseId, const QString &from, const QString &to);
     /// Lets every call about the database fail as after a second data source was added to it.
@@ -79,6 +83,8 @@ public:
     void addDatabase(Database database);
     /// For laying out content: makes a page look as if made then.
     void setCreatedTime(const QString &pageId, const QDateTime &time);
+    /// For laying out content: makes a task one of those that follow the day.
+    void keepOnToday(const QString &taskId) { m_keptOnToday.append(taskId); }
     QRandomGenerator &random() { return m_random; }
 
 private:
@@ -92,6 +98,8 @@ private:
     std::list<Database> m_databases; ///< A list, so that addresses stay.
     QHash<QString, Page> m_pages;
     qint64 m_nextSequence = 1;
+    QDate m_today; ///< On which the tasks below are.
+    QStringList m_keptOnToday;
 };
 
 } // namespace korvo::sandbox

@@ -62,6 +62,7 @@ void AppDelegate::applicationDidFinishLaunching()
     connect(&m_platform.dockTile(), &DockTile::activated, this, &AppDelegate::openMenuPanel);
     Log::info(u"Status item created"_s);
 
+    m_statusBarTimer.setObjectName(u"statusBarTimer"_s);
     connect(&m_statusBarTimer, &QTimer::timeout, this, &AppDelegate::tick);
     m_statusBarTimer.start(1s);
     updateDockIconVisibility();

@@ -80,7 +80,7 @@ private:
     std::unique_ptr<StatusItem> m_statusItem;
     std::unique_ptr<Panel> m_menuPanel;               ///< There while it is open.
     std::unique_ptr<MouseMonitor> m_menuPanelMonitor; ///< The same.
-    QTimer m_statusBarTimer;
+    QTimer m_statusBarTimer{this};
     QPropertyNotifier m_menuFollowsTimer;
     QPropertyNotifier m_menuFollowsLoading;
     bool m_previouslyRunning = false;                               ///< Whether the last update showed a running timer.

@@ -2,8 +2,9 @@
 
 #include <curl/curl.h>
 
+#include <chrono>
 #include <functional>
-#include <set>
+#include <map>
 
 namespace korvo {
 
@@ -18,11 +19,18 @@ public:
     /// became of that.
     void retireDeparted(const std::function<bool(curl_socket_t)> &isInUse) const;
 
+    /// Has libcurl give up the idle connections from before a suspension of the machine. Meanwhile server, router or
+    /// network may have dropped them without a word, and a request into one would wait for its time-out. libcurl's own
+    /// limit of age goes by a clock that stands still in suspension.
+    void retireSlept(const std::function<bool(curl_socket_t)> &isInUse) const;
+
 private:
+    using Duration = std::chrono::nanoseconds;
+
     static int opened(void *self, curl_socket_t socket, curlsocktype);
     static int closed(void *self, curl_socket_t socket);
 
-    std::set<curl_socket_t> m_open;
+    std::map<curl_socket_t, Duration> m_open; ///< With how long the machine had been suspended when it was opened.
 };
 
 } // namespace korvo

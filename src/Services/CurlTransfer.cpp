@@ -1,7 +1,6 @@
 #include "Services/CurlTransfer.h"
 
 #include <QCoreApplication>
-#include <QDirIterator>
 
 #include <algorithm>
 #include <utility>
@@ -14,16 +13,6 @@ namespace {
 
 constexpr qsizetype bodyLimit = 32 * 1024 * 1024;
 constexpr qsizetype headLimit = 1024 * 1024;
-constexpr auto certificateFolder = "/etc/ssl/certs";
-
-/// Whether OpenSSL can look authorities up in the system's folder one by one. That spares reading all of them from one
-/// file at the first connection, some 40 ms of CPU time.
-bool isCertificateFolderHashed()
-{
-    static const bool isHashed
-        = QDirIterator(QString::fromLatin1(certificateFolder), {u"????????.[0-9]"_s}, QDir::Files).hasNext();
-    return isHashed;
-}
 
 QByteArray userAgent()
 {
@@ -64,6 +53,12 @@ void CurlTransfer::connectTo(const QByteArray &entry, const QByteArray &caFile)
     }
 }
 
+void CurlTransfer::trustFolder(const QByteArray &folder)
+{
+    curl_easy_setopt(handle(), CURLOPT_CAPATH, folder.constData());
+    curl_easy_setopt(handle(), CURLOPT_CAINFO, nullptr);
+}
+
 void CurlTransfer::setOptions()
 {
     CURL *const easy = handle();
@@ -82,10 +77,6 @@ void CurlTransfer::setOptions()
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     // Without it a transfer that ends while its name is looked up waits for the resolver's thread on the main loop.
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
-    if (isCertificateFolderHashed()) {
-        curl_easy_setopt(easy, CURLOPT_CAPATH, certificateFolder);
-        curl_easy_setopt(easy, CURLOPT_CAINFO, nullptr);
-    }
 
     curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, m_errorText.data());
     curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &CurlTransfer::beforeSending);

@@ -20,6 +20,9 @@ public:
     /// that is empty.
     void connectTo(const QByteArray &entry, const QByteArray &caFile);
 
+    /// Trusts the authorities in a folder in which OpenSSL can look them up one by one, and no others.
+    void trustFolder(const QByteArray &folder);
+
     /// Why the request cannot be sent as it is; none if it can.
     std::optional<HttpError> refusal() const { return m_refusal; }
 

@@ -5,6 +5,8 @@
 #include "Utilities/Completion.h"
 
 #include <QCoreApplication>
+#include <QDirIterator>
+#include <QFile>
 #include <QPointer>
 #include <QSocketNotifier>
 #include <QTimer>
@@ -25,6 +27,13 @@ using HttpResult = Result<HttpResponse, HttpError>;
 HttpError cancelled()
 {
     return HttpError{u"The operation was cancelled"_s, true};
+}
+
+/// Whether OpenSSL can look authorities up in the folder one by one. That spares reading all of them from one file at
+/// the first connection, some 40 ms of CPU time.
+bool isHashed(const QString &certificateFolder)
+{
+    return QDirIterator(certificateFolder, {u"????????.[0-9]"_s}, QDir::Files).hasNext();
 }
 
 } // namespace
@@ -65,7 +74,9 @@ public:
         const auto id = ++m_lastId;
         CURL *const handle = transfer->handle();
         m_sockets.observe(handle);
-        m_sockets.retireDeparted([this](curl_socket_t socket) { return m_notifiers.contains(socket); });
+        const auto isInUse = [this](curl_socket_t socket) { return m_notifiers.contains(socket); };
+        m_sockets.retireDeparted(isInUse);
+        m_sockets.retireSlept(isInUse);
         m_running.emplace(id, Running{std::move(transfer), done});
         if (curl_multi_add_handle(m_multi, handle) != CURLM_OK)
             finish(id, CURLE_FAILED_INIT);
@@ -167,7 +178,7 @@ private:
     quint64 m_lastId = 0;
 };
 
-CurlTransport::CurlTransport() = default;
+CurlTransport::CurlTransport(const QString &certificateFolder) : m_certificateFolder(certificateFolder) { }
 CurlTransport::~CurlTransport() = default;
 
 QCoro::Task<HttpResult> CurlTransport::send(HttpRequest request, std::stop_token stop)
@@ -175,12 +186,17 @@ QCoro::Task<HttpResult> CurlTransport::send(HttpRequest request, std::stop_token
     if (stop.stop_requested())
         co_return cancelled();
 
-    if (!m_session)
+    if (!m_session) {
         m_session = std::make_unique<Session>();
+        if (isHashed(m_certificateFolder))
+            m_hashedFolder = QFile::encodeName(m_certificateFolder);
+    }
     const auto route = m_routes.constFind(request.url.host());
     auto transfer = std::make_unique<CurlTransfer>(std::move(request));
     if (const auto refusal = transfer->refusal())
         co_return *refusal;
+    if (!m_hashedFolder.isEmpty())
+        transfer->trustFolder(m_hashedFolder);
     if (route != m_routes.constEnd())
         transfer->connectTo(route->connectTo, route->caFile);
 

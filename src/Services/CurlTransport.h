@@ -13,7 +13,9 @@ namespace korvo {
 /// again; between requests nothing goes over the network. Belongs to the main thread.
 class CurlTransport final : public HttpTransport {
 public:
-    CurlTransport();
+    /// Trusts the authorities in `certificateFolder` if OpenSSL can look them up there one by one, else those that
+    /// libcurl was built to trust.
+    explicit CurlTransport(const QString &certificateFolder = QStringLiteral("/etc/ssl/certs"));
     ~CurlTransport() override; ///< Requests under way fail as cancelled.
     Q_DISABLE_COPY_MOVE(CurlTransport)
 
@@ -34,6 +36,8 @@ private:
         QByteArray caFile;
     };
 
+    const QString m_certificateFolder;
+    QByteArray m_hashedFolder; ///< The same if it can be used, known from the first request on.
     QMap<QString, Route> m_routes;
     std::unique_ptr<Session> m_session; ///< Made by the first request.
 };

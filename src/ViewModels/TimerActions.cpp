@@ -206,11 +206,12 @@ QCoro::Task<std::optional<QString>> TimerViewModel::writeQuickAdd(QString name)
         co_return closeFailure;
 
     const auto mapping = m_settings.fieldMapping();
-    const auto trackerId = m_settings.timeTrackerDBId();
     const auto now = m_clock.now(); // The date of the task and the start of its entry.
     const auto parent = NotionWrites::parentDatabase(m_settings.tasksDBId());
     const auto properties = NotionWrites::newTask(mapping, name, now);
     const auto page = co_await api->createPage(parent, properties, stop);
+    if (!self)
+        co_return std::nullopt;
     if (!page)
         co_return page.error().errorDescription();
     const auto id = (*page)["id"_L1];
@@ -219,6 +220,7 @@ QCoro::Task<std::optional<QString>> TimerViewModel::writeQuickAdd(QString name)
         co_return error.errorDescription();
     }
 
+    const auto trackerId = m_settings.timeTrackerDBId(); // As it is now: it may have changed while the task was made.
     const auto failure = co_await openEntry(api, trackerId, mapping, now, id.toString(), stop);
     co_return failure;
 }

@@ -1,6 +1,5 @@
 #include "Views/ActiveTimerView.h"
 
-#include "Utilities/Clock.h"
 #include "Utilities/TimeFormatter.h"
 #include "ViewModels/TimerViewModel.h"
 #include "Views/CardButton.h"
@@ -18,11 +17,6 @@
 namespace korvo {
 
 using namespace Qt::StringLiterals;
-
-ActiveTimerView::ActiveTimerView(TimerViewModel &timerVM, QWidget *parent) :
-    ActiveTimerView(timerVM, Clock::shared(), parent)
-{
-}
 
 ActiveTimerView::ActiveTimerView(TimerViewModel &timerVM, Clock &clock, QWidget *parent) :
     QWidget(parent),

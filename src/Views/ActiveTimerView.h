@@ -1,11 +1,12 @@
 #pragma once
 
+#include "Utilities/Clock.h"
+
 #include <QWidget>
 
 namespace korvo {
 
 class CardButton;
-class Clock;
 class ClockText;
 class ElidedLabel;
 class Timeline;
@@ -17,8 +18,7 @@ class ActiveTimerView : public QWidget {
     Q_OBJECT
 public:
     /// Both references must outlive it.
-    explicit ActiveTimerView(TimerViewModel &timerVM, QWidget *parent = nullptr); ///< With the clock of the process.
-    ActiveTimerView(TimerViewModel &timerVM, Clock &clock, QWidget *parent = nullptr);
+    explicit ActiveTimerView(TimerViewModel &timerVM, Clock &clock = Clock::shared(), QWidget *parent = nullptr);
 
     QSize sizeHint() const override;
 

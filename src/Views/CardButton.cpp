@@ -8,6 +8,15 @@
 
 namespace korvo {
 
+namespace {
+
+QLayout *bareLabel(QWidget *content)
+{
+    return hstack({.spacing = 0, .padding = padding(bareButtonMargin, bareButtonMargin)}, content);
+}
+
+} // namespace
+
 CardButton::CardButton(Symbol symbol, const QString &text, const CardButtonStyle &style, QWidget *parent) :
     PlainButton(text,
                 hstack({.spacing = 0}, Spacer(),
@@ -30,18 +39,17 @@ void CardButton::setBusy(bool isBusy)
 
 PlainButton *makeIconButton(Symbol symbol, int size, const QColor &color, const QString &name, const QColor &tint)
 {
-    const QMargins margins(iconButtonMargin, iconButtonMargin, iconButtonMargin, iconButtonMargin);
     auto *button = new PlainButton(
-        name, hstack({.spacing = 0, .padding = margins}, new SymbolIcon(symbol, size, color)),
-        {.radius = iconButtonMargin, .hover = theme::faded(tint, 0.07), .pressed = theme::faded(tint, 0.14)});
+        name, bareLabel(new SymbolIcon(symbol, size, color)),
+        {.radius = bareButtonMargin, .hover = theme::faded(tint, 0.07), .pressed = theme::faded(tint, 0.14)});
     button->setToolTip(name);
     return button;
 }
 
 PlainButton *makeTextButton(const QString &text, const TextStyle &style, const QColor &color)
 {
-    auto *label = (new ElidedLabel(text, style, color))->keptWhole();
-    return new PlainButton(text, hstack({.spacing = 0}, label), {.radius = 3});
+    return new PlainButton(text, bareLabel((new ElidedLabel(text, style, color))->keptWhole()),
+                           {.radius = bareButtonMargin});
 }
 
 PlainButton *makeProminentButton(const QString &text, const QColor &tint)

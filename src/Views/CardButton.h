@@ -35,11 +35,12 @@ private:
     BusyIndicator *m_indicator;
 };
 
-/// A button that is only a symbol. It is laid out as `Overflowing{button, iconButtonMargin}`, so that there is more to
-/// hit than to see. `tint` is laid thinly over its place under the pointer.
+// Buttons without a box are laid out as `Overflowing{button, bareButtonMargin}`: there is more to hit than to see.
+inline constexpr int bareButtonMargin = 6;
+
+/// A button that is only a symbol. `tint` is laid thinly over its place under the pointer.
 PlainButton *makeIconButton(Symbol symbol, int size, const QColor &color, const QString &name,
                             const QColor &tint = Qt::white);
-inline constexpr int iconButtonMargin = 6;
 
 /// A button that is only a text.
 PlainButton *makeTextButton(const QString &text, const TextStyle &style, const QColor &color);

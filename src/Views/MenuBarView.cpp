@@ -1,8 +1,6 @@
 #include "Views/MenuBarView.h"
 
-#include "Models/AppSettings.h"
 #include "Services/GlobalHotkeyService.h"
-#include "Utilities/Clock.h"
 #include "ViewModels/TimerViewModel.h"
 #include "Views/CardButton.h"
 #include "Views/DarkTaskRow.h"
@@ -71,11 +69,6 @@ template <typename Child> QWidget *padded(const QString &name, const QMargins &m
 }
 
 } // namespace
-
-MenuBarView::MenuBarView(TimerViewModel &timerVM, std::function<void()> onOpenSettings) :
-    MenuBarView(timerVM, std::move(onOpenSettings), AppSettings::shared(), Clock::shared())
-{
-}
 
 MenuBarView::MenuBarView(TimerViewModel &timerVM, std::function<void()> onOpenSettings, AppSettings &settings,
                          Clock &clock, QWidget *parent) :
@@ -230,9 +223,9 @@ QWidget *MenuBarView::networkErrorBanner()
 
     auto *box = new RoundedBox(theme::faded(theme::systemOrange, 0.1), 6);
     box->setObjectName(u"networkErrorBanner"_s);
-    box->setLayout(hstack({.spacing = 6, .padding = padding(8, 8)},
-                          new SymbolIcon(Symbol::wifiExclamationmark, 11, theme::systemOrange),
-                          text(tr("Connection issue"), style, theme::systemOrange), Spacer(), retry));
+    box->setLayout(hstack(
+        {.spacing = 6, .padding = padding(8, 8)}, new SymbolIcon(Symbol::wifiExclamationmark, 11, theme::systemOrange),
+        text(tr("Connection issue"), style, theme::systemOrange), Spacer(), Overflowing{retry, bareButtonMargin}));
     return box;
 }
 
@@ -322,8 +315,8 @@ QWidget *MenuBarView::footerView()
     connect(quit, &PlainButton::clicked, qApp, &QCoreApplication::quit);
 
     auto *row = section(u"footerRow"_s,
-                        hstack({.padding = padding(16, 10)}, Overflowing{openSettings, iconButtonMargin}, Spacer(),
-                               site, Spacer(), Overflowing{quit, iconButtonMargin}));
+                        hstack({.padding = padding(16, 10)}, Overflowing{openSettings, bareButtonMargin}, Spacer(),
+                               Overflowing{site, bareButtonMargin}, Spacer(), Overflowing{quit, bareButtonMargin}));
     return section(u"footerView"_s, vstack({.spacing = 0}, rule(), row));
 }
 

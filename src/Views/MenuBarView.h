@@ -1,7 +1,9 @@
 #pragma once
 
+#include "Models/AppSettings.h"
 #include "Models/NotionTask.h"
 #include "Models/TimerEntry.h"
+#include "Utilities/Clock.h"
 
 #include <QPropertyNotifier>
 #include <QWidget>
@@ -13,8 +15,6 @@ class QBoxLayout;
 
 namespace korvo {
 
-class AppSettings;
-class Clock;
 class TaskColumn;
 class Timeline;
 class TimerCard;
@@ -26,9 +26,9 @@ class MenuBarView : public QWidget {
     Q_OBJECT
 public:
     /// All references must outlive it. `onOpenSettings` may destroy the view.
-    MenuBarView(TimerViewModel &timerVM, std::function<void()> onOpenSettings, AppSettings &settings, Clock &clock,
+    MenuBarView(TimerViewModel &timerVM, std::function<void()> onOpenSettings,
+                AppSettings &settings = AppSettings::shared(), Clock &clock = Clock::shared(),
                 QWidget *parent = nullptr);
-    MenuBarView(TimerViewModel &timerVM, std::function<void()> onOpenSettings); ///< With those of the process.
 
     /// Gives it no more than so much height: the list of tasks gives way, the footer stays in sight.
     void setMaximumRoom(int height);

@@ -41,10 +41,10 @@ TaskRowView::TaskRowView(const NotionTask &task, TimerViewModel &timerVM, QWidge
 
     constexpr auto edges = padding(16, 6);
     setLayout(
-        hstack({.spacing = 8, .padding = edges}, name, Spacer(), m_timing, Overflowing{m_play, iconButtonMargin}));
+        hstack({.spacing = 8, .padding = edges}, name, Spacer(), m_timing, Overflowing{m_play, bareButtonMargin}));
     setFocusProxy(m_play);
     // As high with the sign as with the button, which is the larger.
-    const int highest = std::max(name->sizeHint().height(), m_play->sizeHint().height() - 2 * iconButtonMargin);
+    const int highest = std::max(name->sizeHint().height(), m_play->sizeHint().height() - 2 * bareButtonMargin);
     setMinimumHeight(edges.top() + highest + edges.bottom());
 
     connect(m_play, &PlainButton::clicked, &timerVM, [&timerVM, task] { timerVM.startTimer(task); });

@@ -10,6 +10,7 @@
 #include <QPainter>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 #include <memory>
 
@@ -82,6 +83,7 @@ private slots:
     void aNetworkErrorShowsTheWarningUntilAPollSucceeds();
     void aStoppedEntryCountsAsNoTimer();
     void theTickMovesTheClock();
+    void theTickComesEachSecondUntilTheEnd();
     void theReminderComesOnceAlsoWithANotchActive_data();
     void theReminderComesOnceAlsoWithANotchActive();
     void aTimerOfAnotherDeviceThatIsOverTheLimitIsRemindedOfAtTheFirstTick();
@@ -309,7 +311,12 @@ void AppDelegateTest::aStartInTheFutureIsGreenAndShowsZero()
 {
     launchWithTimer(-90);
     QCOMPARE(item().title, u" 0:00:00"_s);
-    QVERIFY(isNear(ringColor(render(item().image), 180), theme::systemGreen));
+    const auto picture = render(item().image);
+    QVERIFY(isNear(ringColor(picture, 180), theme::systemGreen));
+    // No more than a speck, not the nearly full ring of the hour before.
+    QCOMPARE(ringColor(picture, 3.6).rgb(), qRgb(255, 255, 255));
+    for (const double degrees : {90.0, 180.0, 270.0})
+        QVERIFY(ringColor(picture, degrees).alpha() < 60);
 }
 
 void AppDelegateTest::withANotchActiveTheItemShowsTheSymbolOnly()
@@ -379,6 +386,18 @@ void AppDelegateTest::theTickMovesTheClock()
     launchWithTimer(60);
     m_world->platform.fakeClock.setNow(m_world->platform.fakeClock.now().addSecs(1));
     QTRY_COMPARE(item().title, u" 0:01:01"_s);
+}
+
+void AppDelegateTest::theTickComesEachSecondUntilTheEnd()
+{
+    launch();
+    const auto *tick = m_world->delegate->findChild<QTimer *>(u"statusBarTimer"_s);
+    QVERIFY(tick);
+    QVERIFY(tick->isActive());
+    QVERIFY(!tick->isSingleShot());
+    QCOMPARE(tick->interval(), 1000);
+    m_world->delegate->applicationWillTerminate();
+    QVERIFY(!tick->isActive());
 }
 
 void AppDelegateTest::theReminderComesOnceAlsoWithANotchActive_data()

@@ -41,10 +41,17 @@ bool AttachedKorvo::startWorkspace()
     m_sandbox = std::make_unique<QProcess>();
     m_sandbox->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_sandbox->start(qEnvironmentVariable("KORVO_SANDBOX"), QStringList());
-    if (!QTest::qWaitFor([this] { return m_sandbox->canReadLine(); }, patience))
+    if (!readWorkspace(*m_sandbox))
         return false;
-    m_workspace = QJsonDocument::fromJson(m_sandbox->readLine()).object();
     describeWorkspace(m_workspace);
+    return true;
+}
+
+bool AttachedKorvo::readWorkspace(QProcess &process)
+{
+    if (!QTest::qWaitFor([&process] { return process.canReadLine(); }, patience))
+        return false;
+    m_workspace = QJsonDocument::fromJson(process.readLine()).object();
     m_transport.redirectHost(u"localhost"_s, u"127.0.0.1"_s, quint16(m_workspace["port"_L1].toInt()),
                              m_workspace["caFile"_L1].toString());
     return !m_workspace.isEmpty();
@@ -57,17 +64,40 @@ void AttachedKorvo::describeWorkspace(const QJsonObject &workspace)
         file.write(QJsonDocument(workspace).toJson());
 }
 
+QProcessEnvironment AttachedKorvo::environment() const
+{
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"XDG_STATE_HOME"_s, m_folder.path());
+    environment.insert(u"XDG_CONFIG_HOME"_s, m_folder.path());
+    return environment;
+}
+
 bool AttachedKorvo::startKorvo(double pollSeconds)
 {
     m_korvo = std::make_unique<QProcess>();
     m_korvo->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    auto environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"XDG_STATE_HOME"_s, m_folder.path());
-    m_korvo->setProcessEnvironment(environment);
+    m_korvo->setProcessEnvironment(environment());
     m_korvo->start(qEnvironmentVariable("KORVO_ATTACH"),
                    {m_folder.filePath(u"workspace.json"_s), u"--poll"_s, QString::number(pollSeconds)});
     return QTest::qWaitFor([this] { return isInTray(); }, patience)
         && !(m_item = findTrayItem(m_korvo->processId())).isEmpty();
+}
+
+bool AttachedKorvo::startDemo(const QString &busAddress)
+{
+    m_korvo = std::make_unique<QProcess>();
+    m_korvo->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    auto itsEnvironment = environment();
+    itsEnvironment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, busAddress);
+    m_korvo->setProcessEnvironment(itsEnvironment);
+    m_korvo->start(qEnvironmentVariable("KORVO_DEMO"), {u"--poll"_s, u"1"_s});
+    return readWorkspace(*m_korvo)
+        && QTest::qWaitFor([this] { return log().contains(u"[INFO] App launch complete"_s); }, patience);
+}
+
+void AttachedKorvo::tell(const QString &line)
+{
+    m_korvo->write(line.toUtf8() + '\n');
 }
 
 QJsonDocument AttachedKorvo::control(const QByteArray &method, const QString &path, const QJsonObject &body)

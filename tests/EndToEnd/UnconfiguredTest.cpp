@@ -1,9 +1,9 @@
+#include "EndToEnd/ShippedKorvo.h"
 #include "EndToEnd/TrayLookUp.h"
 #include "Platform/TrayOnScreen.h"
 
 #include <QFile>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <filesystem>
@@ -14,7 +14,7 @@ using namespace korvo;
 
 namespace {
 
-constexpr int patience = 20000;
+constexpr int patience = ShippedKorvo::patience;
 
 /// The sockets of the Internet that a process has, by the kernel's numbers for them.
 QStringList internetSockets(qint64 pid)
@@ -45,7 +45,7 @@ class UnconfiguredTest : public QObject {
     Q_OBJECT
 private slots:
     void init();
-    void cleanup();
+    void cleanup() { QVERIFY(m_korvo->end()); }
 
     void theItemSaysThatNoTimerIsRunning();
     void launchIsLoggedInOrderAndNothingIsPolled();
@@ -53,74 +53,40 @@ private slots:
     void aSecondStartOpensThePanelOfTheFirstOneAndLeaves();
 
 private:
-    QStringList log() const; ///< Its messages, without the time.
-
-    std::unique_ptr<QTemporaryDir> m_home;
-    std::unique_ptr<QProcess> m_korvo;
-    QString m_item;
+    std::unique_ptr<ShippedKorvo> m_korvo;
 };
 
 void UnconfiguredTest::init()
 {
-    m_home = std::make_unique<QTemporaryDir>();
-    auto environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"HOME"_s, m_home->path());
-    for (const auto &name : {u"XDG_CONFIG_HOME"_s, u"XDG_DATA_HOME"_s, u"XDG_STATE_HOME"_s, u"XDG_CACHE_HOME"_s})
-        environment.remove(name);
-    m_korvo = std::make_unique<QProcess>();
-    m_korvo->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_korvo->setProcessEnvironment(environment);
-    m_korvo->start(qEnvironmentVariable("KORVO"), QStringList());
-    QVERIFY(m_korvo->waitForStarted());
-    QTRY_VERIFY_WITH_TIMEOUT(!(m_item = findTrayItem(m_korvo->processId())).isEmpty(), patience);
-    QTRY_VERIFY_WITH_TIMEOUT(log().contains(u"[INFO] App launch complete"_s), patience);
-}
-
-void UnconfiguredTest::cleanup()
-{
-    const auto pid = m_korvo->processId();
-    m_korvo->kill();
-    m_korvo->waitForFinished();
-    QTRY_VERIFY(pid == 0 || findTrayItem(pid).isEmpty()); // The tray has seen it go.
-    m_korvo.reset();
-}
-
-QStringList UnconfiguredTest::log() const
-{
-    QFile file(m_home->filePath(u".local/state/Korvo/korvo.log"_s));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    QStringList messages;
-    for (const auto &line : QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts))
-        messages.append(u"["_s + line.section(u" ["_s, 1));
-    return messages;
+    m_korvo = std::make_unique<ShippedKorvo>();
+    QVERIFY(m_korvo->start());
 }
 
 void UnconfiguredTest::theItemSaysThatNoTimerIsRunning()
 {
-    QCOMPARE(trayItemProperty(m_item, u"Title"_s), u"Korvo, No timer running"_s);
-    QCOMPARE(trayItemProperty(m_item, u"XAyatanaLabel"_s), QString());
+    QCOMPARE(trayItemProperty(m_korvo->item(), u"Title"_s), u"Korvo, No timer running"_s);
+    QCOMPARE(trayItemProperty(m_korvo->item(), u"XAyatanaLabel"_s), QString());
 }
 
 void UnconfiguredTest::launchIsLoggedInOrderAndNothingIsPolled()
 {
-    const auto messages = log();
+    const auto messages = m_korvo->log();
     const auto launched = messages.indexOf(u"[INFO] App launched — applicationDidFinishLaunching"_s);
     const auto created = messages.indexOf(u"[INFO] Status item created"_s);
     const auto complete = messages.indexOf(u"[INFO] App launch complete"_s);
     QCOMPARE(launched, 0);
     QVERIFY(launched < created && created < complete);
     QVERIFY(messages.filter(u"Poll"_s).isEmpty());
-    QCOMPARE(internetSockets(m_korvo->processId()), QStringList());
+    QCOMPARE(internetSockets(m_korvo->process().processId()), QStringList());
 }
 
 void UnconfiguredTest::quitFromTheMenuEndsWithStatusZero()
 {
-    QVERIFY(clickTrayMenu(m_item, u"Quit"_s));
-    QTRY_COMPARE_WITH_TIMEOUT(m_korvo->state(), QProcess::NotRunning, patience);
-    QCOMPARE(m_korvo->exitStatus(), QProcess::NormalExit);
-    QCOMPARE(m_korvo->exitCode(), 0);
-    const auto messages = log();
+    QVERIFY(clickTrayMenu(m_korvo->item(), u"Quit"_s));
+    QTRY_COMPARE_WITH_TIMEOUT(m_korvo->process().state(), QProcess::NotRunning, patience);
+    QCOMPARE(m_korvo->process().exitStatus(), QProcess::NormalExit);
+    QCOMPARE(m_korvo->process().exitCode(), 0);
+    const auto messages = m_korvo->log();
     QVERIFY(messages.contains(u"[INFO] App terminating — applicationWillTerminate"_s));
     QVERIFY(!messages.contains(u"[INFO] Polling started"_s));
     QVERIFY(messages.filter(u"[ERROR]"_s).isEmpty());
@@ -131,14 +97,14 @@ void UnconfiguredTest::aSecondStartOpensThePanelOfTheFirstOneAndLeaves()
     const QColor panelGround(20, 20, 20);
     QVERIFY(findOnScreen(panelGround).width() < 300);
     QProcess second;
-    second.setProcessEnvironment(m_korvo->processEnvironment());
+    second.setProcessEnvironment(m_korvo->environment());
     second.start(qEnvironmentVariable("KORVO"), QStringList());
     QTRY_COMPARE_WITH_TIMEOUT(second.state(), QProcess::NotRunning, patience);
     QCOMPARE(second.exitStatus(), QProcess::NormalExit);
     QCOMPARE(second.exitCode(), 0);
     QTRY_VERIFY_WITH_TIMEOUT(findOnScreen(panelGround).width() >= 300, patience);
-    QCOMPARE(m_korvo->state(), QProcess::Running);
-    QCOMPARE(log().count(u"[INFO] App launch complete"_s), 1);
+    QCOMPARE(m_korvo->process().state(), QProcess::Running);
+    QCOMPARE(m_korvo->log().count(u"[INFO] App launch complete"_s), 1);
 }
 
 QTEST_MAIN(UnconfiguredTest)

@@ -1,5 +1,6 @@
 #include "Fakes/TestAuthority.h"
 
+#include <QDir>
 #include <QFile>
 
 #include <openssl/bio.h>
@@ -62,6 +63,15 @@ TestAuthority::~TestAuthority() = default;
 QString TestAuthority::caFile() const
 {
     return m_folder.filePath(u"authority.pem"_s);
+}
+
+QString TestAuthority::hashedFolder() const
+{
+    const auto hash = QString::number(X509_subject_name_hash(m_certificate.get()), 16).rightJustified(8, u'0');
+    const QDir folder(m_folder.filePath(u"hashed"_s));
+    if (!folder.mkpath(u"."_s) || !QFile::link(caFile(), folder.filePath(hash + u".0"_s)))
+        qFatal("The folder of the test authority cannot be made");
+    return folder.path();
 }
 
 TestAuthority::Identity TestAuthority::issue(const QByteArray &host, const QDateTime &notAfter) const

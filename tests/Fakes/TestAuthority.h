@@ -27,6 +27,9 @@ public:
     /// A PEM file with the authority's own certificate.
     QString caFile() const;
 
+    /// A folder that holds the same certificate under its hash, as the system's folder of authorities does.
+    QString hashedFolder() const;
+
     /// A server's certificate for `host`.
     Identity issue(const QByteArray &host,
                    const QDateTime &notAfter = QDateTime::currentDateTimeUtc().addDays(1)) const;

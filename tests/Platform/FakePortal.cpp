@@ -157,7 +157,9 @@ void FakePortal::activate(const QString &sessionPath, const QString &id)
 void FakePortal::closeSession(const QString &sessionPath)
 {
     openSessions.removeAll(sessionPath);
-    m_bus.send(QDBusMessage::createSignal(sessionPath, sessionInterface, u"Closed"_s));
+    auto signal = QDBusMessage::createSignal(sessionPath, sessionInterface, u"Closed"_s);
+    signal << QVariantMap(); // No details.
+    m_bus.send(signal);
 }
 
 } // namespace korvo

@@ -1,7 +1,9 @@
 #include "Platform/Freedesktop/StatusPicture.h"
+#include "Fakes/ProportionalFont.h"
 #include "Platform/Freedesktop/StatusIconFile.h"
 
 #include <QDir>
+#include <QFontMetricsF>
 #include <QPainter>
 #include <QTemporaryDir>
 #include <QTest>
@@ -30,6 +32,22 @@ StatusImage disc()
     return image;
 }
 
+/// A strip of 80 pixels with that text, as the columns in which there is ink.
+QString inkOf(const QString &text, const QFont &font)
+{
+    QImage strip(80, 24, QImage::Format_ARGB32_Premultiplied);
+    strip.fill(Qt::transparent);
+    {
+        QPainter painter(&strip);
+        painter.setFont(font);
+        paintStatusText(painter, strip.rect(), text, Backdrop::dark);
+    }
+    QString columns;
+    for (int x = 0; x < strip.width(); ++x)
+        columns.append(strip.pixelColor(x, 12).alpha() > 128 ? u'#' : u'.');
+    return columns;
+}
+
 QImage sample(const QColor &color, const QColor &patch = {})
 {
     QImage image(10, 10, QImage::Format_RGB32);
@@ -54,6 +72,7 @@ private slots:
     void templateTakesTheInkThatReads_data();
     void templateTakesTheInkThatReads();
     void templateOnAnUnknownBackdropHasADarkRim();
+    void aRunningTimeKeepsItsPlaceWhileItCounts();
     void backdropIsWhatMostOfTheSampleIs_data();
     void backdropIsWhatMostOfTheSampleIs();
     void eachPictureGetsAFileOfItsOwn();
@@ -127,6 +146,21 @@ void StatusPictureTest::templateOnAnUnknownBackdropHasADarkRim()
     QVERIFY(rim.lightness() < 80);
     QCOMPARE(renderStatusImage(disc(), 32, Backdrop::dark).pixelColor(outside).alpha(), 0);
     QCOMPARE(renderStatusImage(disc(), 32, Backdrop::light).pixelColor(outside).alpha(), 0);
+}
+
+void StatusPictureTest::aRunningTimeKeepsItsPlaceWhileItCounts()
+{
+    const QFont font = proportionalFont(20);
+    const QFontMetricsF metrics(font);
+    QCOMPARE(metrics.horizontalAdvance(u'1') * 2, metrics.horizontalAdvance(u'0'));
+    // A blank of 5 pixels, digits of 12, colons of 4.
+    QCOMPARE(statusTextWidth(font, u" 1:11:11"_s), 73.0);
+    QCOMPARE(statusTextWidth(font, u" 0:00:00"_s), 73.0);
+    // The columns of ink: the narrow digit stands in the middle of its cell.
+    QCOMPARE(inkOf(u" 0:00:00"_s, font),
+             u".....##########..##..##########..##########..##..##########..##########........."_s);
+    QCOMPARE(inkOf(u" 1:11:11"_s, font),
+             u"........####.....##.....####........####.....##.....####........####............"_s);
 }
 
 void StatusPictureTest::backdropIsWhatMostOfTheSampleIs_data()

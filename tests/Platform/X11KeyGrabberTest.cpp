@@ -97,6 +97,8 @@ private slots:
     void theGrabFollowsModifiersThatMove_data();
     void theGrabFollowsModifiersThatMove();
     void aRenewalThatAnotherProgramPreventsIsLogged();
+    void aKeyLostAtARenewalComesBackAtALaterOne();
+    void aKeyGivenUpAfterItWasLostStaysFree();
     void theCallbackMayGiveTheKeyBack();
     void theCallbackMayShowAPopupThatGrabsTheKeyboard_data();
     void theCallbackMayShowAPopupThatGrabsTheKeyboard();
@@ -454,24 +456,38 @@ void X11KeyGrabberTest::theGrabFollowsModifiersThatMove_data()
 {
     QTest::addColumn<QStringList>("changes");
     QTest::addColumn<quint16>("locks");
-    QTest::newRow("Num Lock") << QStringList{u"clear mod2"_s, u"add mod3 = Num_Lock"_s} << xmod::unused;
-    QTest::newRow("Scroll Lock") << QStringList{u"add mod3 = Scroll_Lock"_s} << quint16(xmod::unused | xmod::numLock);
-    QTest::newRow("Super") << QStringList{u"clear mod4"_s, u"add mod3 = Super_L"_s} << xmod::numLock;
-    QTest::newRow("Alt and Super change places")
-        << QStringList{u"clear mod1"_s, u"clear mod4"_s, u"add mod4 = Alt_L"_s, u"add mod1 = Super_L"_s}
-        << xmod::capsLock;
+    QTest::addColumn<quint16>("held"); // One of the combinations that are ours then, and one that was.
+    QTest::addColumn<std::optional<quint16>>("givenBack");
+    const quint16 superShift = xmod::super | xmod::shift;
+    const auto row = [](const char *name, const QStringList &changes, int locks, int held, std::optional<int> former) {
+        QTest::newRow(name) << changes << quint16(locks) << quint16(held) << std::optional<quint16>(former);
+    };
+    row("Num Lock", {u"clear mod2"_s, u"add mod3 = Num_Lock"_s}, xmod::unused, superShift, superShift | xmod::numLock);
+    row("Scroll Lock", {u"add mod3 = Scroll_Lock"_s}, xmod::unused | xmod::numLock, superShift, std::nullopt);
+    row("Super", {u"clear mod4"_s, u"add mod3 = Super_L"_s}, xmod::numLock, xmod::unused | xmod::shift, superShift);
+    row("Alt and Super change places",
+        {u"clear mod1"_s, u"clear mod4"_s, u"add mod4 = Alt_L"_s, u"add mod1 = Super_L"_s}, xmod::capsLock,
+        xmod::alt | xmod::shift, superShift);
 }
 
 void X11KeyGrabberTest::theGrabFollowsModifiersThatMove()
 {
     QFETCH(QStringList, changes);
     QFETCH(quint16, locks);
+    QFETCH(quint16, held);
+    QFETCH(std::optional<quint16>, givenBack);
     QCOMPARE(m_grabber->grab(macN, commandShift), 0);
     QStringList arguments;
     for (const auto &change : changes)
         arguments << u"-e"_s << change;
     QVERIFY(run(u"xmodmap"_s, arguments));
     m_other->lock(locks);
+    QVERIFY(firesBeforeLong(u"super+shift+n"_s));
+
+    QCOMPARE(m_other->grab(xN, held), XCB_ACCESS);
+    if (givenBack)
+        QTRY_COMPARE(m_other->grab(xN, *givenBack), 0);
+    m_other->lock(xmod::none);
     QVERIFY(firesBeforeLong(u"super+shift+n"_s));
 }
 
@@ -486,6 +502,52 @@ void X11KeyGrabberTest::aRenewalThatAnotherProgramPreventsIsLogged()
     QTRY_COMPARE(failures.count(), 1);
     QCOMPARE(log.messages(SystemLog::Level::error), (QStringList{u"Failed to register hotkey: 10"_s}));
     QCOMPARE(m_other->grab(xN, xmod::super | xmod::shift), 0); // Nothing of it is left.
+}
+
+void X11KeyGrabberTest::aKeyLostAtARenewalComesBackAtALaterOne()
+{
+    const FakeSystemLog log;
+    const auto success = u"INFO Global hotkey registered (keyCode: 45, modifiers: 768)"_s;
+    const auto loss = u"ERROR Failed to register hotkey: 10"_s;
+    constexpr quint16 scrollLocked = xmod::super | xmod::shift | xmod::unused;
+    GlobalHotkeyService service(*m_grabber);
+    int calls = 0;
+    service.registerHotkey(macN, commandShift, [&calls] { ++calls; });
+    QStringList lines{success};
+    for (int i = 0; i < 2; ++i) {
+        QCOMPARE(m_other->grab(xN, scrollLocked), 0);
+        QVERIFY(run(u"xmodmap"_s, {u"-e"_s, u"add mod3 = Scroll_Lock"_s}));
+        lines += loss;
+        QTRY_COMPARE(log.lines, lines);
+        QVERIFY(run(u"xmodmap"_s, {u"-e"_s, u"clear mod3"_s})); // So many as before are ours to have.
+        lines += success;
+        QTRY_COMPARE(log.lines, lines);
+        m_other->ungrab(xN, scrollLocked);
+    }
+    QVERIFY(typeKeys(u"super+shift+n"_s));
+    QTRY_COMPARE(calls, 1);
+}
+
+void X11KeyGrabberTest::aKeyGivenUpAfterItWasLostStaysFree()
+{
+    constexpr quint16 scrollLocked = xmod::super | xmod::shift | xmod::unused;
+    constexpr quint8 xK = 45;
+    X11KeyGrabber second; // It hears of everything before the first one does.
+    const QSignalSpy failures(m_grabber.get(), &KeyGrabber::failed);
+    const QSignalSpy secondFailures(&second, &KeyGrabber::failed);
+    const QSignalSpy grabs(m_grabber.get(), &KeyGrabber::grabbed);
+    QCOMPARE(second.install(), 0);
+    QCOMPARE(m_grabber->grab(40, commandShift), 0);
+    QCOMPARE(second.grab(macN, commandShift), 0);
+    for (const quint8 key : {xN, xK})
+        QCOMPARE(m_other->grab(key, scrollLocked), 0);
+    QVERIFY(run(u"xmodmap"_s, {u"-e"_s, u"add mod3 = Scroll_Lock"_s}));
+    QTRY_COMPARE(failures.count() + secondFailures.count(), 2);
+
+    second.ungrab();
+    QVERIFY(run(u"xmodmap"_s, {u"-e"_s, u"clear mod3"_s}));
+    QTRY_COMPARE(grabs.count(), 1);
+    QCOMPARE(m_other->grab(xN, xmod::super | xmod::shift), 0);
 }
 
 void X11KeyGrabberTest::theCallbackMayGiveTheKeyBack()

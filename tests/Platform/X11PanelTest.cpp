@@ -136,7 +136,10 @@ void X11PanelTest::init()
 void X11PanelTest::cleanup()
 {
     m_panel.reset();
+    // The next connection may get the same identifiers, which the window manager must have forgotten by then.
+    const XClient watcher;
     m_other.reset();
+    QTRY_VERIFY(watcher.managedWindows().isEmpty());
 }
 
 std::unique_ptr<X11Panel> X11PanelTest::makePanel(const PanelStyle &style, const QRect &place)
@@ -217,6 +220,8 @@ void X11PanelTest::theOtherProgramKeepsTheKeyboardWhileAButtonIsClicked()
 void X11PanelTest::clicksOutsideOfTheShapeGoThrough()
 {
     QVERIFY(m_other->showFocusedWindow({toDevice(frame.topLeft() - QPoint(60, 60)), frame.size() * scale() * 2}));
+    QTRY_COMPARE(colorAt(frame.topLeft()), QColor(Qt::white));
+    QTRY_COMPARE(colorAt(frame.bottomRight() + QPoint(0, 6)), QColor(Qt::white));
     m_panel = makePanel();
     m_panel->orderFront();
     QTRY_COMPARE(colorAt(frame.center()), red);
@@ -239,6 +244,8 @@ void X11PanelTest::clicksOutsideOfTheShapeGoThrough()
 void X11PanelTest::clicksOutsideOfANewShapeGoThrough()
 {
     QVERIFY(m_other->showFocusedWindow({toDevice(frame.topLeft() - QPoint(60, 60)), frame.size() * scale() * 2}));
+    QTRY_COMPARE(colorAt(frame.topLeft()), QColor(Qt::white));
+    QTRY_COMPARE(colorAt(frame.bottomRight() + QPoint(0, 6)), QColor(Qt::white));
     m_panel = makePanel();
     m_panel->orderFront();
     QTRY_COMPARE(colorAt(frame.center()), red);

@@ -47,6 +47,12 @@ int XClient::grab(quint8 key, quint16 modifiers)
     return error ? error->error_code : 0;
 }
 
+void XClient::ungrab(quint8 key, quint16 modifiers)
+{
+    const auto cookie = xcb_ungrab_key_checked(m_connection, key, m_root, modifiers);
+    const Reply<xcb_generic_error_t> error(xcb_request_check(m_connection, cookie)); // It has been done.
+}
+
 bool XClient::showFocusedWindow(const QRect &place)
 {
     m_window = xcb_generate_id(m_connection);

@@ -31,6 +31,7 @@ public:
 
     /// Grabs a key on the root window; 0 or the X error code.
     int grab(quint8 key, quint16 modifiers);
+    void ungrab(quint8 key, quint16 modifiers);
 
     /// Shows a window and gives it the focus. False if that doesn't come to pass.
     bool showFocusedWindow(const QRect &place = {100, 100, 300, 200});

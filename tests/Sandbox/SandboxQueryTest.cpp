@@ -34,11 +34,18 @@ private slots:
     void aPageIsRefused();
     void rowsInTheTrashAreLeftOut();
     void anEmptyBodyGivesAllRows();
+    void theTasksOfTodayFollowTheDay();
+    void aTaskWhoseDateWasChangedDoesNotFollowTheDay_data();
+    void aTaskWhoseDateWasChangedDoesNotFollowTheDay();
 
 private:
     QStringList names(const QString &databaseId, const QJsonObject &body);
     QString databaseId(const QString &name) const;
+    QStringList tasksOf(const QDate &day);
+    /// Lets the content be laid out at half past eleven at night, and the time go on by hand.
+    void startBeforeMidnight();
 
+    QDateTime m_now;
     std::unique_ptr<SandboxServer> m_server;
     std::unique_ptr<SandboxClient> m_client;
 };
@@ -72,6 +79,20 @@ QStringList SandboxQueryTest::names(const QString &databaseId, const QJsonObject
     for (const QJsonValue &row : answer.results())
         names.append(row[u"properties"_s][u"Name"_s][u"title"_s][0][u"plain_text"_s].toString());
     return names;
+}
+
+/// The titles of that day's tasks, as the API answers them.
+QStringList SandboxQueryTest::tasksOf(const QDate &day)
+{
+    const QJsonObject filter{{u"property"_s, u"Date"_s},
+                             {u"date"_s, QJsonObject{{u"equals"_s, day.toString(Qt::ISODate)}}}};
+    return names(databaseId(u"Tasks"_s), {{u"filter"_s, filter}});
+}
+
+void SandboxQueryTest::startBeforeMidnight()
+{
+    m_now = QDateTime(QDate(2026, 12, 31), QTime(23, 30), Qt::OffsetFromUTC, 3600);
+    m_server->setClock([this] { return m_now; });
 }
 
 void SandboxQueryTest::aFilterChoosesRows_data()
@@ -447,6 +468,49 @@ void SandboxQueryTest::anEmptyBodyGivesAllRows()
     QCOMPARE(answer.results().size(), 12);
     QCOMPARE(answer.json().value(u"type"_s), u"page_or_database"_s);
     QCOMPARE(answer.json().value(u"page_or_database"_s), QJsonObject());
+}
+
+void SandboxQueryTest::theTasksOfTodayFollowTheDay()
+{
+    startBeforeMidnight();
+    const QDate eve(2026, 12, 31);
+    const QStringList tasks = tasksOf(eve);
+    QCOMPARE(tasks.size(), 8);
+    const QStringList later = tasksOf(eve.addDays(1));
+    m_now = m_now.addSecs(29 * 60);
+    QCOMPARE(tasksOf(eve), tasks);
+    m_now = m_now.addSecs(60); // Midnight, while it is eleven in UTC.
+    QCOMPARE(tasksOf(eve.addDays(1)), tasks + later);
+    QCOMPARE(tasksOf(eve), QStringList());
+    m_now = m_now.addDays(3);
+    QCOMPARE(tasksOf(eve.addDays(4)), tasks);
+    QCOMPARE(tasksOf(eve.addDays(1)), later);
+}
+
+void SandboxQueryTest::aTaskWhoseDateWasChangedDoesNotFollowTheDay_data()
+{
+    QTest::addColumn<QJsonObject>("date");
+    QTest::addColumn<QDate>("day"); // On which it stays.
+    const QDate eve(2026, 12, 31);
+    QTest::newRow("to tomorrow") << QJsonObject{{u"start"_s, u"2027-01-01"_s}} << eve.addDays(1);
+    QTest::newRow("to the span of two days")
+        << QJsonObject{{u"start"_s, u"2026-12-31"_s}, {u"end"_s, u"2027-01-01"_s}} << eve;
+    QTest::newRow("to a time of today") << QJsonObject{{u"start"_s, u"2026-12-31T12:00:00+01:00"_s}} << eve;
+}
+
+void SandboxQueryTest::aTaskWhoseDateWasChangedDoesNotFollowTheDay()
+{
+    QFETCH(QJsonObject, date);
+    QFETCH(QDate, day);
+    startBeforeMidnight();
+    const QString name = u"Answer the printer"_s;
+    const QString id = m_server->workspace().findPage(databaseId(u"Tasks"_s), name);
+    QCOMPARE(m_client->updatePage(id, {{u"Date"_s, QJsonObject{{u"date"_s, date}}}}).status, 200);
+    for (int turn = 0; turn < 3; ++turn) {
+        m_now = m_now.addDays(1);
+        QVERIFY(tasksOf(day).contains(name));
+        QVERIFY(tasksOf(m_now.date()).contains(u"Home page layout"_s));
+    }
 }
 
 QTEST_GUILESS_MAIN(SandboxQueryTest)

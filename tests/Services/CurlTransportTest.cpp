@@ -4,6 +4,7 @@
 #include "Fakes/RawHttpServer.h"
 #include "Fakes/TestAuthority.h"
 
+#include <QFileInfo>
 #include <QSemaphore>
 #include <QTcpServer>
 #include <QTest>
@@ -11,6 +12,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <ctime>
 #include <dlfcn.h>
 #include <netdb.h>
 #include <zlib.h>
@@ -23,7 +25,24 @@ constexpr auto slowName = "slow.invalid";
 QSemaphore slowLookups;               ///< Each unit lets one look-up of that name end.
 std::atomic<int> lookupsUnderWay = 0; ///< Of that name.
 
+std::atomic<long> suspendedMilliseconds = 0; ///< For which the machine seems to have slept.
+
 } // namespace
+
+/// In place of the C library's: the clock that goes on in suspension is ahead by what the test says.
+extern "C" int clock_gettime(clockid_t clock, timespec *time) noexcept
+{
+    using Function = int (*)(clockid_t, timespec *);
+    static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "clock_gettime"));
+    const int result = real(clock, time);
+    if (clock == CLOCK_BOOTTIME) {
+        constexpr long second = 1000000000;
+        const long nanoseconds = time->tv_nsec + suspendedMilliseconds % 1000 * 1000000;
+        time->tv_sec += suspendedMilliseconds / 1000 + nanoseconds / second;
+        time->tv_nsec = nanoseconds % second;
+    }
+    return result;
+}
 
 /// In place of the C library's: a name server that takes its time over one name.
 extern "C" int getaddrinfo(const char *node, const char *service, const addrinfo *hints, addrinfo **result)
@@ -154,6 +173,9 @@ private slots:
     void requestsInFlightTogetherAllEnd();
     void aConnectionClosedWhileIdleCostsNothing_data();
     void aConnectionClosedWhileIdleCostsNothing();
+    void aConnectionFromBeforeASuspensionIsNotUsedAgain_data();
+    void aConnectionFromBeforeASuspensionIsNotUsedAgain();
+    void aSuspensionLeavesTheRequestsUnderWayAlone();
     void aReusedConnectionThatEndsWithoutAnAnswerIsNotTriedAgain_data();
     void aReusedConnectionThatEndsWithoutAnAnswerIsNotTriedAgain();
     void nextRequestAfterAFailureSucceeds();
@@ -163,6 +185,8 @@ private slots:
     void aSlowNameServerHoldsUpNeitherTheLoopNorAStop();
     void transfersUnderWayAreCancelledWhenTheTransportGoes();
     void aCertificateOfATrustedAuthorityIsAccepted();
+    void theAuthoritiesOfTheFolderAreTrustedIfTheyCanBeLookedUp_data();
+    void theAuthoritiesOfTheFolderAreTrustedIfTheyCanBeLookedUp();
     void aCertificateThatIsNotRightIsRefused_data();
     void aCertificateThatIsNotRightIsRefused();
     void onlyTheRedirectedHostIsLedElsewhere();
@@ -573,6 +597,54 @@ void CurlTransportTest::aConnectionClosedWhileIdleCostsNothing()
     QCOMPARE(server.connectionCount, 2);
 }
 
+void CurlTransportTest::aConnectionFromBeforeASuspensionIsNotUsedAgain_data()
+{
+    QTest::addColumn<bool>("isTls");
+    QTest::addColumn<int>("milliseconds");
+    QTest::addColumn<int>("connectionCount");
+    QTest::newRow("three hours, over TLS") << true << 3 * 3600 * 1000 << 2;
+    QTest::newRow("three hours, without TLS") << false << 3 * 3600 * 1000 << 2;
+    QTest::newRow("a little over a second") << true << 1001 << 2;
+    QTest::newRow("no more than two clocks may differ") << true << 900 << 1;
+}
+
+void CurlTransportTest::aConnectionFromBeforeASuspensionIsNotUsedAgain()
+{
+    QFETCH(bool, isTls);
+    QFETCH(int, milliseconds);
+    const TestAuthority authority;
+    RawHttpServer server(isTls ? std::optional(authority.issue(host)) : std::nullopt);
+    server.reply(RawHttpServer::response(200));
+    CurlTransport transport;
+    transport.redirectHost(QString::fromLatin1(host), u"127.0.0.1"_s, server.port(), authority.caFile());
+    const QUrl url((isTls ? u"https://"_s : u"http://"_s) + QString::fromLatin1(host));
+    QCOMPARE(told(fetch(transport, get(url))), u"200 {}"_s);
+    QCOMPARE(told(fetch(transport, get(url))), u"200 {}"_s);
+    QCOMPARE(server.connectionCount, 1);
+
+    suspendedMilliseconds += milliseconds;
+    QCOMPARE(told(fetch(transport, post(url, "{}"_ba))), u"200 {}"_s);
+    QTEST(server.connectionCount, "connectionCount");
+    QCOMPARE(told(fetch(transport, get(url))), u"200 {}"_s);
+    QTEST(server.connectionCount, "connectionCount"); // The new one stays.
+    QCOMPARE(server.requests.size(), 4);
+}
+
+void CurlTransportTest::aSuspensionLeavesTheRequestsUnderWayAlone()
+{
+    RawHttpServer server;
+    CurlTransport transport;
+    const auto before = follow(transport.send(get(server.url()), {}));
+    QTRY_COMPARE(server.requests.size(), 1);
+    suspendedMilliseconds += 3600 * 1000;
+    const auto after = follow(transport.send(get(server.url()), {}));
+    QTRY_COMPARE(server.requests.size(), 2);
+    server.write(RawHttpServer::response(200));
+    QTRY_VERIFY(*before && *after);
+    QCOMPARE(told(**before), u"200 {}"_s);
+    QCOMPARE(told(**after), u"200 {}"_s);
+}
+
 void CurlTransportTest::aReusedConnectionThatEndsWithoutAnAnswerIsNotTriedAgain_data()
 {
     QTest::addColumn<QByteArray>("method");
@@ -713,6 +785,35 @@ void CurlTransportTest::aCertificateOfATrustedAuthorityIsAccepted()
     QCOMPARE(told(fetch(transport, get(QUrl(u"https://api.notion.com/v1/users/me"_s)))), u"200 {}"_s);
     QCOMPARE(server.requests.first().line(), "GET /v1/users/me HTTP/1.1"_ba);
     QCOMPARE(server.requests.first().header("Host"_ba), std::optional("api.notion.com"_ba));
+}
+
+void CurlTransportTest::theAuthoritiesOfTheFolderAreTrustedIfTheyCanBeLookedUp_data()
+{
+    QTest::addColumn<bool>("isFolderOfServersAuthority");
+    QTest::addColumn<bool>("isHashed");
+    QTest::addColumn<bool>("isTrusted");
+    QTest::newRow("a hashed folder with its authority") << true << true << true;
+    QTest::newRow("a hashed folder with another authority of the same name") << false << true << false;
+    QTest::newRow("a folder with its authority that is not hashed") << true << false << false;
+}
+
+void CurlTransportTest::theAuthoritiesOfTheFolderAreTrustedIfTheyCanBeLookedUp()
+{
+    QFETCH(bool, isFolderOfServersAuthority);
+    QFETCH(bool, isHashed);
+    QFETCH(bool, isTrusted);
+    const TestAuthority authority;
+    const TestAuthority other;
+    RawHttpServer server(authority.issue(host));
+    server.reply(RawHttpServer::response(200));
+    const auto &inFolder = isFolderOfServersAuthority ? authority : other;
+    CurlTransport transport(isHashed ? inFolder.hashedFolder() : QFileInfo(inFolder.caFile()).path());
+    transport.redirectHost(QString::fromLatin1(host), u"127.0.0.1"_s, server.port());
+    const auto words = told(fetch(transport, get(QUrl(u"https://api.notion.com/"_s))));
+    QVERIFY2(isTrusted ? words == u"200 {}"_s
+                       : words.startsWith(u"The certificate of api.notion.com is not trusted ("_s),
+             qPrintable(words));
+    QCOMPARE(server.requests.size(), isTrusted ? 1 : 0);
 }
 
 void CurlTransportTest::aCertificateThatIsNotRightIsRefused_data()

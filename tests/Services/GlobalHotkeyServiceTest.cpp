@@ -175,12 +175,21 @@ void GlobalHotkeyServiceTest::unregisterGivesTheKeyBackBeforeTheHandler()
 
 void GlobalHotkeyServiceTest::aHandlerThatCannotBeInstalledIsLoggedAndNothingIsGrabbed()
 {
+    // Another instance's presses reach the same callback, so they tell whether it is there.
+    FakeKeyGrabber otherGrabber;
+    GlobalHotkeyService other(otherGrabber);
+    other.registerHotkey(40, 768, [] {});
+    m_log->lines.clear();
     m_grabber->installStatus = -9868;
     m_service->registerHotkey(45, 768, count());
     QCOMPARE(m_log->lines, (QStringList{u"ERROR Failed to install event handler: -9868"_s}));
     QCOMPARE(m_grabber->calls, (QStringList{u"install"_s}));
+    otherGrabber.press();
+    QCOMPARE(m_presses, 1); // The callback stays set,
     m_service->unregister();
     QCOMPARE(m_grabber->calls, (QStringList{u"install"_s}));
+    otherGrabber.press();
+    QCOMPARE(m_presses, 1); // until it is taken back.
 }
 
 void GlobalHotkeyServiceTest::aRefusedKeyIsLoggedAndLeavesTheHandlerInstalled()

@@ -29,6 +29,8 @@ private slots:
 
     void aBadAnswerIsShownUntilAGoodOneComes_data();
     void aBadAnswerIsShownUntilAGoodOneComes();
+    void aSettingThatIsNotRightIsShownUntilItIs_data();
+    void aSettingThatIsNotRightIsShownUntilItIs();
     void aServerOutOfReachIsShownUntilItIsBack_data();
     void aServerOutOfReachIsShownUntilItIsBack();
     void aBadAnswerKeepsTheTimerThatWasShown_data();
@@ -149,6 +151,7 @@ void BadAnswersTest::aBadAnswerIsShownUntilAGoodOneComes_data()
     const auto notJson
         = [](const QString &why) { return u"Network error: The answer is not valid JSON (%1)"_s.arg(why); };
 
+    QTest::newRow("a request that is refused") << Fault::error(400) << serverError(Fault::error(400)) << Pauses{};
     QTest::newRow("a key that is refused") << Fault::error(401) << u"Invalid API key"_s << Pauses{};
     QTest::newRow("a gateway's page that forbids") << Fault::html(403) << serverError(Fault::html(403)) << Pauses{};
     QTest::newRow("nothing there") << Fault::error(404) << u"Resource not found"_s << Pauses{};
@@ -190,6 +193,52 @@ void BadAnswersTest::aBadAnswerIsShownUntilAGoodOneComes()
     QCOMPARE(viewModel().errorMessage(), std::nullopt);
     QVERIFY(viewModel().isTimerRunning());
     QVERIFY(!viewModel().todayTasks().isEmpty());
+}
+
+void BadAnswersTest::aSettingThatIsNotRightIsShownUntilItIs_data()
+{
+    QTest::addColumn<bool>("hasKey");
+    QTest::addColumn<QString>("trackerId"); // Empty for the right one.
+    QTest::addColumn<QString>("words");
+    QTest::addColumn<int>("sendCount");
+    QTest::newRow("no key") << false << QString() << u"No API key configured"_s << 0;
+    QTest::newRow("a database id with blanks in it")
+        << true << u"not an id"_s << u"Invalid response from Notion"_s << 0;
+    QTest::newRow("a database id with a slash in it")
+        << true << u"a/b"_s << u"Server error 400: {\"code\":\"invalid_request_url\""_s << 3;
+    QTest::newRow("a database id that is none")
+        << true << u"tracker"_s << u"Server error 400: {\"code\":\"validation_error\""_s << 3;
+}
+
+void BadAnswersTest::aSettingThatIsNotRightIsShownUntilItIs()
+{
+    QFETCH(bool, hasKey);
+    QFETCH(QString, trackerId);
+    QFETCH(QString, words);
+    poll();
+    QVERIFY(viewModel().isTimerRunning());
+    const auto shown = viewModel().activeTimer();
+
+    auto &settings = m_world->settings.settings;
+    if (!hasKey)
+        settings.setApiKey({});
+    if (!trackerId.isEmpty())
+        settings.setTimeTrackerDBId(trackerId);
+    server().clearRequests();
+    poll();
+    QVERIFY(viewModel().hasNetworkError());
+    const auto message = viewModel().errorMessage().value_or(QString());
+    QVERIFY2(message.startsWith(words), qPrintable(message));
+    QVERIFY(viewModel().activeTimer() == shown);
+    QTEST(int(server().requests().size()), "sendCount");
+    QVERIFY(pauses().isEmpty());
+
+    settings.setApiKey(server().apiKey());
+    settings.setTimeTrackerDBId(server().workspace().timeTrackerId());
+    poll();
+    QVERIFY(!viewModel().hasNetworkError());
+    QCOMPARE(viewModel().errorMessage(), std::nullopt);
+    QVERIFY(viewModel().isTimerRunning());
 }
 
 void BadAnswersTest::aServerOutOfReachIsShownUntilItIsBack_data()

@@ -21,6 +21,21 @@ namespace {
 const QString trackerQuery = u"POST /databases/tracker/query"_s;
 constexpr double eightHours = 8 * 3600;
 
+/// Takes so long to show something that the next tick comes meanwhile.
+class SlowNotificationCenter final : public NotificationCenter {
+public:
+    void requestAuthorization() override { }
+    void add(const Notification &) override
+    {
+        if (++count < enough)
+            viewModel->checkReminder(eightHours);
+    }
+
+    static constexpr int enough = 5; // Else ticks without an end would end the test.
+    int count = 0;
+    TimerViewModel *viewModel = nullptr;
+};
+
 } // namespace
 
 class ReminderTest : public QObject {
@@ -35,6 +50,7 @@ private slots:
     void theLimitItselfSendsAndJustBelowItDoesNot();
     void aLimitOfZeroSendsAtTheFirstTick();
     void oneEntryGetsOneNotificationHoweverLongItRuns();
+    void aTickWhileTheReminderIsBeingShownSendsNoSecondOne();
     void eachNotificationHasAnIdentifierOfItsOwn();
     void aReminderThatIsOffSendsNothingAndTurnedOnItSendsAtTheNextTick();
     void aRaisedLimitSendsNoSecondOne();
@@ -145,6 +161,15 @@ void ReminderTest::oneEntryGetsOneNotificationHoweverLongItRuns()
     for (const double elapsed : {eightHours, eightHours + 1, 10 * eightHours})
         viewModel().checkReminder(elapsed);
     QCOMPARE(shown().size(), 1);
+}
+
+void ReminderTest::aTickWhileTheReminderIsBeingShownSendsNoSecondOne()
+{
+    SlowNotificationCenter notifications;
+    TimerViewModel reminding(notifications, m_world->notion, settings(), m_world->clock);
+    notifications.viewModel = &reminding;
+    reminding.checkReminder(eightHours);
+    QCOMPARE(notifications.count, 1);
 }
 
 void ReminderTest::eachNotificationHasAnIdentifierOfItsOwn()

@@ -55,6 +55,7 @@ struct Database {
     void (SettingsViewModel::*load)();
     const SettingsViewModel::Schema &(SettingsViewModel::*schema)() const;
     bool (SettingsViewModel::*isLoading)() const;
+    QBindable<bool> (SettingsViewModel::*bindableIsLoading)() const;
     const SettingsViewModel::Text &(SettingsViewModel::*error)() const;
     QString call;
 };
@@ -79,6 +80,8 @@ private slots:
     void anExceptionInAConnectionTestIsAFailure();
     void aNewConnectionTestForgetsTheLastResult();
     void aChangedKeyIsInForceAtTheNextConnectionTest();
+    void theFlagOfAConnectionTestFallsLast_data();
+    void theFlagOfAConnectionTestFallsLast();
     void ofTwoConnectionTestsTheFlagFallsAtTheFirstEnd();
     void ofTwoConnectionTestsTheAnswerThatArrivesLastWins();
 
@@ -97,6 +100,8 @@ private slots:
     void aReloadClearsTheErrorAtItsStart();
     void aMalformedPropertyGivesAnEmptySchemaAndNoError_data();
     void aMalformedPropertyGivesAnEmptySchemaAndNoError();
+    void theFlagOfALoadFallsLast_data();
+    void theFlagOfALoadFallsLast();
     void ofTwoLoadsTheFlagFallsAtTheFirstEnd_data();
     void ofTwoLoadsTheFlagFallsAtTheFirstEnd();
     void ofTwoLoadsTheAnswerThatArrivesLastWins();
@@ -188,12 +193,15 @@ void SettingsViewModelTest::addDatabases(bool hasProjects)
     using VM = SettingsViewModel;
     QTest::addColumn<Database>("database");
     QTest::newRow("Time Tracker") << Database{&VM::loadTimeTrackerSchema, &VM::timeTrackerSchema,
-                                              &VM::isLoadingTTSchema, &VM::ttSchemaError, trackerCall};
-    QTest::newRow("Tasks") << Database{&VM::loadTasksSchema, &VM::tasksSchema, &VM::isLoadingTasksSchema,
-                                       &VM::tasksSchemaError, tasksCall};
+                                              &VM::isLoadingTTSchema,     &VM::bindableIsLoadingTTSchema,
+                                              &VM::ttSchemaError,         trackerCall};
+    QTest::newRow("Tasks") << Database{&VM::loadTasksSchema,      &VM::tasksSchema,
+                                       &VM::isLoadingTasksSchema, &VM::bindableIsLoadingTasksSchema,
+                                       &VM::tasksSchemaError,     tasksCall};
     if (hasProjects)
-        QTest::newRow("Projects") << Database{&VM::loadProjectsSchema, &VM::projectsSchema,
-                                              &VM::isLoadingProjectsSchema, &VM::projectsSchemaError, projectsCall};
+        QTest::newRow("Projects") << Database{&VM::loadProjectsSchema,      &VM::projectsSchema,
+                                              &VM::isLoadingProjectsSchema, &VM::bindableIsLoadingProjectsSchema,
+                                              &VM::projectsSchemaError,     projectsCall};
 }
 
 /// One row for each kind of failure, as `fail` knows them, with the text for the user.
@@ -344,6 +352,37 @@ void SettingsViewModelTest::aChangedKeyIsInForceAtTheNextConnectionTest()
     viewModel().testConnection();
     settle();
     QCOMPARE(viewModel().connectionSuccess(), std::optional(true));
+}
+
+void SettingsViewModelTest::theFlagOfAConnectionTestFallsLast_data()
+{
+    QTest::addColumn<bool>("isSuccess");
+    QTest::newRow("after a success") << true;
+    QTest::newRow("after a failure") << false;
+}
+
+void SettingsViewModelTest::theFlagOfAConnectionTestFallsLast()
+{
+    QFETCH(bool, isSuccess);
+    if (isSuccess)
+        notion().answer(meCall, {});
+    else
+        fail(meCall, u"401"_s);
+    std::optional<bool> success;
+    SettingsViewModel::Text error;
+    int falls = 0;
+    const auto observer = viewModel().bindableIsTestingConnection().addNotifier([&] {
+        if (viewModel().isTestingConnection())
+            return;
+        ++falls;
+        success = viewModel().connectionSuccess();
+        error = viewModel().connectionError();
+    });
+    viewModel().testConnection();
+    settle();
+    QCOMPARE(falls, 1);
+    QCOMPARE(success, std::optional(isSuccess));
+    QCOMPARE(error, isSuccess ? std::nullopt : std::optional(u"Invalid API key"_s));
 }
 
 void SettingsViewModelTest::ofTwoConnectionTestsTheFlagFallsAtTheFirstEnd()
@@ -534,6 +573,52 @@ void SettingsViewModelTest::aMalformedPropertyGivesAnEmptySchemaAndNoError()
     QCOMPARE(namesOf((viewModel().*database.schema)()), QStringList());
     QVERIFY(!(viewModel().*database.error)());
     QCOMPARE(settings().fieldMapping().ttTaskRelation, QString());
+}
+
+void SettingsViewModelTest::theFlagOfALoadFallsLast_data()
+{
+    addDatabases(true);
+}
+
+void SettingsViewModelTest::theFlagOfALoadFallsLast()
+{
+    QFETCH(Database, database);
+    mapProjectRelation(u"Project"_s);
+    loadTasks({{u"Project"_s, relation(u"projects"_s)}});
+    auto mapping = settings().fieldMapping();
+    if (database.call == trackerCall)
+        mapping.ttTaskRelation = u"Link"_s;
+    else if (database.call == tasksCall)
+        mapping.taskName = u"Title"_s;
+
+    QStringList names;
+    SettingsViewModel::Text error;
+    FieldMapping mapped;
+    int falls = 0;
+    const auto observer = (viewModel().*database.bindableIsLoading)().addNotifier([&] {
+        if ((viewModel().*database.isLoading)())
+            return;
+        ++falls;
+        names = namesOf((viewModel().*database.schema)());
+        error = (viewModel().*database.error)();
+        mapped = settings().fieldMapping();
+    });
+    notion().forget(database.call);
+    notion().answer(database.call,
+                    databases::database({{u"Link"_s, relation(u"elsewhere"_s)}, {u"Title"_s, column(u"title"_s)}}));
+    (viewModel().*database.load)();
+    settle();
+    QCOMPARE(falls, 1);
+    QCOMPARE(names, QStringList({u"Link"_s, u"Title"_s}));
+    QVERIFY(!error);
+    QCOMPARE(mapped, mapping);
+
+    falls = 0;
+    fail(database.call, u"404"_s);
+    (viewModel().*database.load)();
+    settle();
+    QCOMPARE(falls, 1);
+    QCOMPARE(error, u"Resource not found"_s);
 }
 
 void SettingsViewModelTest::ofTwoLoadsTheFlagFallsAtTheFirstEnd_data()

@@ -6,6 +6,7 @@
 #include "Services/NotionPropertyMapper.h"
 #include "Utilities/Spawn.h"
 #include "ViewModels/TimerViewModel.h"
+#include "ViewModels/UserAction.h"
 #include "sandbox/SandboxServer.h"
 #include "sandbox/Workspace.h"
 
@@ -41,22 +42,6 @@ QString dateStart(const QJsonObject &page, const QString &property)
     return page[u"properties"_s][property][u"date"_s][u"start"_s].toString();
 }
 
-enum class Action { start, stop, quickAdd };
-constexpr Action allActions[] = {Action::start, Action::stop, Action::quickAdd};
-
-const char *nameOf(Action action)
-{
-    switch (action) {
-    case Action::start:
-        return "start";
-    case Action::stop:
-        return "stop";
-    case Action::quickAdd:
-        return "quick add";
-    }
-    return "";
-}
-
 /// The writes of an action that begins while a timer runs.
 QStringList writesOf(Action action)
 {
@@ -66,6 +51,21 @@ QStringList writesOf(Action action)
     else if (action == Action::quickAdd)
         writes += {u"POST task"_s, u"POST entry"_s};
     return writes;
+}
+
+/// How many requests the poll behind an action sends: the queries for timer and today's tasks, and between them one page
+/// each for the timer's task, project and client. A task of a quick add has no project yet.
+int closingRequestsOf(Action action)
+{
+    switch (action) {
+    case Action::start:
+        return 5;
+    case Action::stop:
+        return 2;
+    case Action::quickAdd:
+        return 3;
+    }
+    return 0;
 }
 
 QString failureWords(Action action, const QString &description)
@@ -84,18 +84,6 @@ QString serverError(const Fault &fault)
 QJsonObject dateProperty(const QDateTime &date)
 {
     return NotionPropertyMapper::buildDateProperty(date);
-}
-
-void addActionColumn()
-{
-    QTest::addColumn<Action>("action");
-}
-
-void addActionRows()
-{
-    addActionColumn();
-    for (const auto action : allActions)
-        QTest::newRow(nameOf(action)) << action;
 }
 
 /// The way to the network, which throws at one request.
@@ -164,12 +152,16 @@ private slots:
     void theStateIsBusyUntilTheNewStateIsOnDisplay();
     void anActionDuringAnotherIsDropped_data();
     void anActionDuringAnotherIsDropped();
-    void theMappingAndTheTimeAreReadAnewForTheOpening_data();
-    void theMappingAndTheTimeAreReadAnewForTheOpening();
+    void mappingTimeAndTrackerAreReadAnewForTheOpening_data();
+    void mappingTimeAndTrackerAreReadAnewForTheOpening();
     void withoutAStatusNameTheTasksStatusIsNotWritten_data();
     void withoutAStatusNameTheTasksStatusIsNotWritten();
     void onlyAStopClosesAnEntryThatDoesNotRun_data();
     void onlyAStopClosesAnEntryThatDoesNotRun();
+    void theWritesAreFollowedByAWholePoll_data();
+    void theWritesAreFollowedByAWholePoll();
+    void whatANewEntryIsAnsweredWithIsNotLookedAt_data();
+    void whatANewEntryIsAnsweredWithIsNotLookedAt();
     void aFailureOfTheClosingPollIsNoneOfTheAction_data();
     void aFailureOfTheClosingPollIsNoneOfTheAction();
     void aFailureIsToldInItsOwnWords_data();
@@ -630,6 +622,11 @@ void TimerActionsTest::aNameGoesInUnchanged_data()
     QTest::newRow("right to left") << u"פגישה עם דנה"_s;
     QTest::newRow("a NUL in it") << u"before%1after"_s.arg(QChar(u'\0'));
     QTest::newRow("two thousand characters") << QString(2000, u'ß');
+    QTest::newRow("blanks around it") << u"  \tblank \u00a0"_s;
+    QTest::newRow("two blanks and a line feed in it") << u"first  and\nsecond"_s;
+    QTest::newRow("e with a combining accent") << u"Caf"
+                                                  u"e\u0301"_s;
+    QTest::newRow("nothing") << QString();
 }
 
 void TimerActionsTest::aNameGoesInUnchanged()
@@ -637,10 +634,11 @@ void TimerActionsTest::aNameGoesInUnchanged()
     QFETCH(QString, name);
     viewModel().quickAddTask(name);
     waitForAction();
-    const auto content = bodyOfWrite(2)[u"Name"_s][u"title"_s][0][u"text"_s][u"content"_s].toString();
-    QCOMPARE(content, name);
+    const auto content = bodyOfWrite(2)[u"Name"_s][u"title"_s][0][u"text"_s][u"content"_s];
+    QVERIFY(content.isString());
+    QCOMPARE(content.toString(), name);
     QCOMPARE(m_world->log.lines, QStringList{u"INFO Quick add: created task '"_s + name + u"' and started timer"_s});
-    QCOMPARE(viewModel().activeTimer()->taskName, name);
+    QCOMPARE(viewModel().activeTimer()->taskName, name.isEmpty() ? u"Unknown task"_s : name); // A title without text.
 }
 
 void TimerActionsTest::aNameThatIsTooLongIsRefusedInTheApisWords()
@@ -781,21 +779,24 @@ void TimerActionsTest::anActionDuringAnotherIsDropped()
     QVERIFY(!viewModel().errorMessage());
 }
 
-void TimerActionsTest::theMappingAndTheTimeAreReadAnewForTheOpening_data()
+void TimerActionsTest::mappingTimeAndTrackerAreReadAnewForTheOpening_data()
 {
     addActionColumn();
     QTest::newRow("start") << Action::start;
     QTest::newRow("quick add") << Action::quickAdd;
 }
 
-void TimerActionsTest::theMappingAndTheTimeAreReadAnewForTheOpening()
+void TimerActionsTest::mappingTimeAndTrackerAreReadAnewForTheOpening()
 {
     QFETCH(Action, action);
     auto &clock = m_world->clock;
     const auto begin = clock.now();
+    settings().setTimeTrackerDBId(u"former"_s);
     QObject scope;
     connect(&server(), &sandbox::SandboxServer::requestReceived, &scope, [&] {
         clock.setNow(clock.now().addSecs(90));
+        if (writes().size() == writesOf(action).indexOf(u"POST entry"_s)) // The opening comes next.
+            settings().setTimeTrackerDBId(workspace().timeTrackerId());
         settings().changeFieldMapping([](FieldMapping &mapping) {
             mapping.taskTimerStatusStopped = u"Too late"_s; // The closing has its mapping already.
             mapping.taskTimerStatusRunning = u"Busy"_s;
@@ -810,6 +811,7 @@ void TimerActionsTest::theMappingAndTheTimeAreReadAnewForTheOpening()
     const auto status = bodyOfWrite(action == Action::start ? 3 : 2);
     QCOMPARE(entry[u"Start"_s].toObject(), dateProperty(begin.addSecs(180)));
     QCOMPARE(status[u"Timer"_s][u"select"_s][u"name"_s].toString(), u"Busy"_s);
+    QVERIFY(!viewModel().errorMessage()); // As there would be, were the entry sent to the former database.
 }
 
 void TimerActionsTest::withoutAStatusNameTheTasksStatusIsNotWritten_data()
@@ -872,37 +874,77 @@ void TimerActionsTest::onlyAStopClosesAnEntryThatDoesNotRun()
     QCOMPARE(selectName(pageOf(m_firstEntry), u"Status"_s), action == Action::stop ? u"Stopped"_s : u"Running"_s);
 }
 
+void TimerActionsTest::theWritesAreFollowedByAWholePoll_data()
+{
+    addActionRows();
+}
+
+void TimerActionsTest::theWritesAreFollowedByAWholePoll()
+{
+    QFETCH(Action, action);
+    perform(action);
+    waitForAction();
+    QCOMPARE(writes(), writesOf(action));
+    QCOMPARE(server().requests().size(), writesOf(action).size() + closingRequestsOf(action));
+}
+
+void TimerActionsTest::whatANewEntryIsAnsweredWithIsNotLookedAt_data()
+{
+    addActionColumn();
+    QTest::addColumn<int>("nth");
+    QTest::newRow("start") << Action::start << 1;
+    QTest::newRow("quick add") << Action::quickAdd << 2;
+}
+
+void TimerActionsTest::whatANewEntryIsAnsweredWithIsNotLookedAt()
+{
+    QFETCH(Action, action);
+    QFETCH(int, nth);
+    server().faults().add(Fault::answer(200, "{}"), {.method = "POST", .pathPrefix = "/v1/pages", .nth = nth});
+    perform(action);
+    waitForAction();
+    QCOMPARE(writes(), writesOf(action));
+    QCOMPARE(queryCount(), 2);
+    QVERIFY(!viewModel().errorMessage());
+    QVERIFY(!viewModel().activeTimer()); // The poll has found none.
+    QCOMPARE(logLines(), action == Action::quickAdd ? QStringList{createdLine} : QStringList());
+}
+
 void TimerActionsTest::aFailureOfTheClosingPollIsNoneOfTheAction_data()
 {
     addActionColumn();
-    QTest::addColumn<QString>("request");
+    QTest::addColumn<QString>("query"); // Else it is a page that fails,
+    QTest::addColumn<int>("page");      // the first, second or third that the poll asks for.
     for (const auto action : allActions) {
-        QTest::addRow("%s, then the timer", nameOf(action)) << action << u"timer"_s;
-        QTest::addRow("%s, then today's tasks", nameOf(action)) << action << u"tasks"_s;
+        QTest::addRow("%s, then the timer", nameOf(action)) << action << u"timer"_s << 0;
+        QTest::addRow("%s, then today's tasks", nameOf(action)) << action << u"tasks"_s << 0;
         if (action != Action::stop)
-            QTest::addRow("%s, then the timer's task", nameOf(action)) << action << u"page"_s;
+            QTest::addRow("%s, then the timer's task", nameOf(action)) << action << QString() << 1;
     }
+    QTest::newRow("start, then the project") << Action::start << QString() << 2;
+    QTest::newRow("start, then the client") << Action::start << QString() << 3;
 }
 
 void TimerActionsTest::aFailureOfTheClosingPollIsNoneOfTheAction()
 {
     QFETCH(Action, action);
-    QFETCH(QString, request);
+    QFETCH(QString, query);
+    QFETCH(int, page);
     const auto tasks = viewModel().todayTasks();
     const auto fault = Fault::error(403);
-    if (request == u"timer"_s)
+    if (query == u"timer"_s)
         failTrackerQuery();
-    else if (request == u"tasks"_s)
+    else if (query == u"tasks"_s)
         server().faults().add(
             fault, {.method = "POST", .pathPrefix = "/v1/databases/" + workspace().tasksId().toLatin1(), .times = 3});
     else
-        server().faults().add(fault, {.method = "GET", .pathPrefix = "/v1/pages", .times = 3});
+        server().faults().add(fault, {.method = "GET", .pathPrefix = "/v1/pages", .nth = page, .times = 3});
     perform(action);
     waitForAction();
     QCOMPARE(writes(), writesOf(action));
 
     // Only the query for the timer decides over the poll.
-    const auto isFailure = request == u"timer"_s;
+    const auto isFailure = query == u"timer"_s;
     QStringList lines;
     if (isFailure)
         lines.append(u"ERROR Poll failed: "_s + serverError(fault));
@@ -911,16 +953,23 @@ void TimerActionsTest::aFailureOfTheClosingPollIsNoneOfTheAction()
     QCOMPARE(logLines(), lines);
     QCOMPARE(viewModel().hasNetworkError(), isFailure);
     QCOMPARE(viewModel().errorMessage(), isFailure ? std::optional(serverError(fault)) : std::nullopt);
-    if (request != u"page"_s)
+    if (page == 0)
         QCOMPARE(viewModel().todayTasks(), tasks);
     if (action == Action::stop)
         QVERIFY(!viewModel().activeTimer());
     else if (isFailure)
         QCOMPARE(viewModel().activeTimer()->id, m_firstEntry);
-    else if (request == u"page"_s)
-        QCOMPARE(viewModel().activeTimer()->taskName, u"Unknown task"_s);
     else
-        QCOMPARE(viewModel().activeTimer()->taskName, action == Action::start ? otherTask : newTask);
+        QCOMPARE(viewModel().activeTimer()->taskName,
+                 page == 1                     ? u"Unknown task"_s
+                     : action == Action::start ? otherTask
+                                               : newTask);
+    if (action == Action::start && !isFailure) {
+        const bool hasProject = page == 0 || page == 3;
+        QCOMPARE(viewModel().activeTimer()->projectName,
+                 hasProject ? std::optional(u"Autumn catalogue"_s) : std::nullopt);
+        QCOMPARE(viewModel().activeTimer()->clientName.has_value(), page == 0);
+    }
 }
 
 void TimerActionsTest::aFailureIsToldInItsOwnWords_data()
@@ -1050,9 +1099,7 @@ void TimerActionsTest::anActionOutlivesNoViewModel_data()
     addActionColumn();
     QTest::addColumn<int>("nth");
     for (const auto action : allActions) {
-        // The writes, the queries for timer and tasks, and between them the timer's task if there is one.
-        const auto requests = writesOf(action).size() + (action == Action::stop ? 2 : 3);
-        for (int nth = 1; nth <= requests; ++nth)
+        for (int nth = 1; nth <= writesOf(action).size() + closingRequestsOf(action); ++nth)
             QTest::addRow("%s, request %d", nameOf(action), nth) << action << nth;
     }
 }

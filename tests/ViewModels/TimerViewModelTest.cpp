@@ -3,6 +3,7 @@
 #include "Fakes/FakeNotificationCenter.h"
 #include "Fakes/FakeNotion.h"
 #include "Fakes/FakeSystemLog.h"
+#include "Fakes/LocalZone.h"
 #include "Fakes/NotionPages.h"
 #include "Fakes/TestSettings.h"
 #include "Utilities/Spawn.h"
@@ -60,6 +61,7 @@ private slots:
     void anUnreadableClientKeepsTheProject();
     void aProjectTitleOfTwoRunsShowsOnlyTheFirst();
     void aPageWithoutATitlePropertyGivesNoName();
+    void anEmptyProjectTitleIsFoundAllTheSame();
     void aRollupOfNinetyIsATotalTimeOf5400();
     void anEntryWithoutStartBeginsAtEachPoll();
     void anEntryOfAnotherStatusIsStoppedButActive();
@@ -76,11 +78,16 @@ private slots:
     void anExceptionInAPollFailsThatPollAndTheLoopGoesOn();
     void theSameFailureAndTheSameTasksArePublishedOnce();
     void aChangedMappingTakesEffectWithTheNextPoll();
+    void anAnswerIsReadByTheMappingOfThatMoment();
+    void anEntryIsReadByOneMappingThroughout();
+    void theEntryIsShownBeforeTheTasksAreReadAndTheErrorGoesLast();
+    void theFlagChangesBeforeTheMessage();
 
     // Today's tasks
     void theTasksFilterIsBareWithoutATimerStatusOrItsRunningOption_data();
     void theTasksFilterIsBareWithoutATimerStatusOrItsRunningOption();
     void theTasksFilterJoinsDateAndStatusInThatOrder();
+    void theDateOfTheFilterChangesAtLocalMidnight_data();
     void theDateOfTheFilterChangesAtLocalMidnight();
     void withoutTaskDateTheListIsEmptiedAndNothingIsAsked_data();
     void withoutTaskDateTheListIsEmptiedAndNothingIsAsked();
@@ -449,6 +456,16 @@ void TimerViewModelTest::aPageWithoutATitlePropertyGivesNoName()
     QVERIFY(!viewModel().activeTimer()->projectName);
 }
 
+void TimerViewModelTest::anEmptyProjectTitleIsFoundAllTheSame()
+{
+    notion().answerRows(trackerQuery, {pages::runningEntry(u"e1"_s, {u"t1"_s})});
+    notion().answer(pageCall(u"t1"_s), pages::page(u"t1"_s, {{u"Project"_s, pages::relation({u"p1"_s})}}));
+    notion().answer(pageCall(u"p1"_s), pages::page(u"p1"_s, {{u"Name"_s, pages::title({QString()})}}));
+    startPolling();
+    settle();
+    QCOMPARE(viewModel().activeTimer()->projectName, std::optional(QString()));
+}
+
 void TimerViewModelTest::aRollupOfNinetyIsATotalTimeOf5400()
 {
     notion().answerRows(trackerQuery, {pages::runningEntry(u"e1"_s, {u"t1"_s})});
@@ -622,6 +639,82 @@ void TimerViewModelTest::aChangedMappingTakesEffectWithTheNextPoll()
     QCOMPARE(notion().asked.first().body[u"filter"_s][u"select"_s][u"equals"_s].toString(), u"In progress"_s);
 }
 
+void TimerViewModelTest::anAnswerIsReadByTheMappingOfThatMoment()
+{
+    notion().answerRows(trackerQuery, {pages::runningEntry(u"e1"_s)});
+    notion().isHolding = true;
+    startPolling();
+    QTRY_COMPARE(notion().heldCount(), 1);
+    m_world->settings.settings.changeFieldMapping(
+        [](FieldMapping &mapping) { mapping.ttStatusRunning = u"In progress"_s; });
+    notion().isHolding = false;
+    notion().release();
+    settle();
+    QCOMPARE(viewModel().activeTimer()->status, TimerEntry::TimerStatus::stopped);
+}
+
+void TimerViewModelTest::anEntryIsReadByOneMappingThroughout()
+{
+    notion().answerRows(trackerQuery, {pages::runningEntry(u"e1"_s, {u"t1"_s})});
+    notion().answer(
+        pageCall(u"t1"_s),
+        pages::page(u"t1"_s, {{u"Name"_s, pages::title({u"Write"_s})}, {u"Total minutes"_s, pages::rollup(2)}}));
+    notion().isHolding = true;
+    startPolling();
+    QTRY_COMPARE(notion().heldCount(), 1);
+    notion().release();
+    QTRY_COMPARE(notion().calls().last(), pageCall(u"t1"_s));
+    m_world->settings.settings.changeFieldMapping([](FieldMapping &mapping) {
+        mapping.taskName = u"What"_s;
+        mapping.taskTotalTimeRollup.clear();
+    });
+    notion().isHolding = false;
+    notion().release();
+    settle();
+    QCOMPARE(viewModel().activeTimer()->taskName, u"Write"_s);
+    QCOMPARE(viewModel().activeTimer()->totalTime, 120.0);
+}
+
+void TimerViewModelTest::theEntryIsShownBeforeTheTasksAreReadAndTheErrorGoesLast()
+{
+    notion().forget(trackerQuery);
+    startPolling();
+    settle();
+    QVERIFY(viewModel().hasNetworkError());
+
+    notion().answerRows(trackerQuery, {pages::runningEntry(u"e1"_s)});
+    notion().isHolding = true;
+    m_world->clock.advance(60);
+    QTRY_COMPARE(notion().heldCount(), 1);
+    notion().release();
+    QTRY_COMPARE(notion().calls().last(), tasksQuery);
+    QCOMPARE(notion().heldCount(), 1);
+    QVERIFY(viewModel().isTimerRunning());
+    QVERIFY(viewModel().hasNetworkError());
+    QCOMPARE(viewModel().errorMessage(), u"Resource not found"_s);
+
+    notion().release();
+    QTRY_VERIFY(!viewModel().hasNetworkError());
+    QVERIFY(!viewModel().errorMessage());
+}
+
+void TimerViewModelTest::theFlagChangesBeforeTheMessage()
+{
+    QStringList changes;
+    const auto flag = viewModel().bindableHasNetworkError().addNotifier(
+        [&] { changes.append(viewModel().hasNetworkError() ? u"flag up"_s : u"flag down"_s); });
+    const auto message = viewModel().bindableErrorMessage().addNotifier(
+        [&] { changes.append(viewModel().errorMessage().value_or(u"no message"_s)); });
+    notion().forget(trackerQuery);
+    startPolling();
+    settle();
+    QCOMPARE(changes, QStringList({u"flag up"_s, u"Resource not found"_s}));
+    changes.clear();
+    notion().answerRows(trackerQuery, {});
+    pollAgain();
+    QCOMPARE(changes, QStringList({u"flag down"_s, u"no message"_s}));
+}
+
 void TimerViewModelTest::theTasksFilterIsBareWithoutATimerStatusOrItsRunningOption_data()
 {
     QTest::addColumn<QString>("status");
@@ -659,8 +752,17 @@ void TimerViewModelTest::theTasksFilterJoinsDateAndStatusInThatOrder()
     QCOMPARE(notion().asked.last().body, expected);
 }
 
+void TimerViewModelTest::theDateOfTheFilterChangesAtLocalMidnight_data()
+{
+    QTest::addColumn<QByteArray>("zone");
+    QTest::newRow("where it is the next day in UTC before midnight") << "America/Los_Angeles"_ba;
+    QTest::newRow("where it is the day before in UTC after midnight") << "Pacific/Auckland"_ba;
+}
+
 void TimerViewModelTest::theDateOfTheFilterChangesAtLocalMidnight()
 {
+    QFETCH(QByteArray, zone);
+    const LocalZone local(zone);
     m_world->clock.setNow(QDateTime(QDate(2026, 12, 31), QTime(23, 59)));
     startPolling();
     settle();

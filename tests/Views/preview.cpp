@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QPixmap>
+#include <QTest>
 
 #include <cstdio>
 #include <functional>
@@ -92,6 +93,11 @@ int main(int argc, char **argv)
         view.setMaximumRoom(420);
         view.resize(view.sizeHint());
         save(view, sample.name);
+        view.activateWindow();
+        QCoreApplication::processEvents();
+        for (int i = 0; i < 2 && view.focusWidget(); ++i)
+            QTest::keyClick(view.focusWidget(), Qt::Key_Tab);
+        save(view, sample.name + u"-keyboard"_s);
 
         for (const bool isDark : {false, true}) {
             QWidget host;

@@ -59,11 +59,10 @@ StatusNotifierItem::StatusNotifierItem(QObject *parent) : StatusItem(parent)
 {
     static int count = 0;
     m_bus = std::make_unique<Bus>(++count);
-    connect(&m_bus->object, &StatusNotifierObject::activateRequested, this,
-            [this](const QPoint &hint) {
-                m_lastButton = statusButton(hint);
-                emit activated(*m_lastButton);
-            });
+    connect(&m_bus->object, &StatusNotifierObject::activateRequested, this, [this](const QPoint &hint) {
+        m_lastButton = statusButton(hint);
+        emit activated(*m_lastButton);
+    });
     connect(&m_bus->object, &StatusNotifierObject::contextMenuRequested, this, &StatusNotifierItem::openMenu);
     connect(&m_bus->menu, &DBusMenu::opened, this, &StatusItem::menuOpened);
     connect(&m_bus->registration, &StatusNotifierRegistration::indicatorServicesChanged, this,

@@ -1,11 +1,16 @@
 #include "Platform/Freedesktop/StatusPicture.h"
 
+#include <QFont>
+#include <QFontMetricsF>
 #include <QPaintDevice>
 #include <QPainter>
 
 #include <algorithm>
 #include <functional>
+#include <numeric>
 #include <vector>
+
+using namespace Qt::StringLiterals;
 
 namespace korvo {
 
@@ -59,6 +64,19 @@ void paintInked(QPainter &painter, const QRectF &target, Backdrop backdrop, cons
     }
     const QColor ink = backdrop == Backdrop::light ? darkInk : lightInk;
     painter.drawImage(target.topLeft(), shapeOf(size, ratio, ink, draw));
+}
+
+/// The room of each character: in many fonts a 1 is narrower than the other digits, here it is not.
+QList<double> cellWidths(const QFont &font, const QString &text)
+{
+    const QFontMetricsF metrics(font);
+    double widest = 0;
+    for (const QChar digit : u"0123456789"_s)
+        widest = std::max(widest, metrics.horizontalAdvance(digit));
+    QList<double> widths;
+    for (const QChar character : text)
+        widths.append(character.isDigit() ? widest : metrics.horizontalAdvance(character));
+    return widths;
 }
 
 } // namespace
@@ -115,12 +133,24 @@ QImage renderStatusImage(const StatusImage &image, int side, Backdrop backdrop)
     return picture;
 }
 
+double statusTextWidth(const QFont &font, const QString &text)
+{
+    const auto widths = cellWidths(font, text);
+    return std::accumulate(widths.begin(), widths.end(), 0.0);
+}
+
 void paintStatusText(QPainter &painter, const QRectF &target, const QString &text, Backdrop backdrop)
 {
     const QFont font = painter.font();
+    const auto widths = cellWidths(font, text);
     paintInked(painter, target, backdrop, [&](QPainter &on) {
         on.setFont(font);
-        on.drawText(QRectF(QPointF(), target.size()), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, text);
+        double x = 0;
+        for (qsizetype i = 0; i < text.size(); ++i) {
+            on.drawText(QRectF(x, 0, widths[i], target.height()),
+                        Qt::AlignCenter | Qt::TextSingleLine | Qt::TextDontClip, text.mid(i, 1));
+            x += widths[i];
+        }
     });
 }
 

@@ -6,6 +6,7 @@
 #include <QList>
 #include <QRectF>
 
+class QFont;
 class QPainter;
 
 namespace korvo {
@@ -27,7 +28,12 @@ void paintStatusImage(QPainter &painter, const QRectF &target, const StatusImage
 /// `image` in a square of `side` pixels; transparent where it draws nothing.
 QImage renderStatusImage(const StatusImage &image, int side, Backdrop backdrop);
 
-/// `text` in the manner of a template, in the painter's font, left-aligned and vertically centred in `target`.
+/// The width in pixels that `paintStatusText` takes for a running time. All digits have the same room, so that it
+/// depends on how many there are and nothing moves while the time counts.
+double statusTextWidth(const QFont &font, const QString &text);
+
+/// A running time, as " 0:12:34", in the manner of a template, in the painter's font, left-aligned and vertically
+/// centred in `target`.
 void paintStatusText(QPainter &painter, const QRectF &target, const QString &text, Backdrop backdrop);
 
 } // namespace korvo

@@ -5,7 +5,6 @@
 #include "Platform/Freedesktop/StatusMenu.h"
 
 #include <QApplication>
-#include <QFontMetrics>
 #include <QIconEngine>
 #include <QPainter>
 #include <QWidget>
@@ -13,6 +12,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 
 #include <xcb/xcb.h>
@@ -29,8 +29,8 @@ constexpr int pictureSide = 22;                      // What Qt's icon window as
 /// The room that a running time takes, up to 99 hours.
 int titleWidth(const QString &title)
 {
-    const QFontMetrics metrics(QGuiApplication::font());
-    return qMax(metrics.horizontalAdvance(title), metrics.horizontalAdvance(u" 00:00:00"_s)) + 2;
+    const QFont font = QGuiApplication::font();
+    return int(std::ceil(std::max(statusTextWidth(font, title), statusTextWidth(font, u" 00:00:00"_s)))) + 2;
 }
 
 } // namespace

@@ -94,6 +94,7 @@ void X11KeyGrabber::uninstall()
         ungrab();
         qApp->removeNativeEventFilter(this);
     }
+    m_isWanted = false;
     m_grab.reset(); // Without an application its connection is closed, and the key given back with it.
     m_connection = nullptr;
 }
@@ -112,17 +113,29 @@ int X11KeyGrabber::grab(quint32 keyCode, quint32 modifiers)
     const int status = take(wanted);
     if (status != ok)
         return status;
-    m_grab = wanted;
-    // Whoever has just chosen the shortcut may still hold it down: the repeats of that press are no press.
-    m_isDown = isKeyDown();
-    if (m_isDown)
-        startReleaseWatch();
+    m_isWanted = true;
+    hold(wanted);
     return ok;
 }
 
 void X11KeyGrabber::ungrab()
 {
+    m_isWanted = false;
     m_renewal.stop();
+    release();
+}
+
+void X11KeyGrabber::hold(const Grab &grab)
+{
+    m_grab = grab;
+    // Whoever has just chosen the shortcut may still hold it down: the repeats of that press are no press.
+    m_isDown = isKeyDown();
+    if (m_isDown)
+        startReleaseWatch();
+}
+
+void X11KeyGrabber::release()
+{
     m_releaseWatch.stop();
     m_isDown = false;
     m_releaseTime = 0;
@@ -174,20 +187,25 @@ void X11KeyGrabber::giveBack(const Grab &grab, const Grab *except)
     xcb_flush(m_connection);
 }
 
-/// The new combinations are taken before the old ones go, so that no press falls between.
+/// The new combinations are taken before the old ones go, so that no press falls between. A key that another program
+/// has kept from us is tried for again at the next change.
 void X11KeyGrabber::renew()
 {
-    if (!m_grab)
+    if (!m_isWanted)
         return;
     const auto wanted = currentGrab();
     const int status = take(wanted);
-    if (status == ok) {
+    const bool wasHeld = m_grab.has_value();
+    if (status == ok && wasHeld) {
         const auto former = std::exchange(m_grab, wanted);
         giveBack(*former, &wanted);
-        return;
+    } else if (status == ok) {
+        hold(wanted);
+        emit grabbed();
+    } else if (wasHeld) {
+        release();
+        emit failed(status);
     }
-    ungrab();
-    emit failed(status);
 }
 
 bool X11KeyGrabber::isKeyDown() const
@@ -216,13 +234,13 @@ void X11KeyGrabber::watchRelease()
 
 bool X11KeyGrabber::nativeEventFilter(const QByteArray &eventType, void *message, qintptr *)
 {
-    if (!m_grab || eventType != "xcb_generic_event_t"_ba)
+    if (!m_isWanted || eventType != "xcb_generic_event_t"_ba)
         return false;
     const auto *const event = static_cast<const xcb_generic_event_t *>(message);
     const quint8 type = event->response_type & 0x7f;
-    if (type == XCB_KEY_PRESS)
+    if (type == XCB_KEY_PRESS && m_grab)
         return handlePress(*static_cast<const xcb_key_press_event_t *>(message));
-    if (type == XCB_KEY_RELEASE)
+    if (type == XCB_KEY_RELEASE && m_grab)
         return handleRelease(*static_cast<const xcb_key_release_event_t *>(message));
     if (type == m_keyboardEvent) {
         const quint8 kind = event->pad0; // The field xkbType of all events of the extension.

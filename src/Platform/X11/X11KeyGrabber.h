@@ -40,6 +40,8 @@ private:
     int take(const Grab &grab);
     void giveBack(const Grab &grab, const Grab *except = nullptr);
     Grab currentGrab() const;
+    void hold(const Grab &grab);
+    void release();
     void renew();
     void startReleaseWatch();
     void watchRelease();
@@ -49,7 +51,8 @@ private:
     quint8 m_keyboardEvent = 0;
     quint32 m_evdevKeyCode = 0;
     quint32 m_modifiers = 0;
-    std::optional<Grab> m_grab;
+    bool m_isWanted = false;    ///< From a `grab` that succeeded on, until the key is given back.
+    std::optional<Grab> m_grab; ///< What is held; none while another program keeps it from us.
     bool m_isDown = false;
     bool m_wasUp = false;      ///< As the watch last saw the key.
     quint32 m_releaseTime = 0; ///< In milliseconds of the server's clock.
