@@ -17,7 +17,7 @@ using namespace korvo;
 namespace {
 constexpr int patience = AttachedKorvo::patience;
 constexpr QColor cardGround(10, 10, 10); // Of the quick-add panel.
-}
+} // namespace
 
 /// The whole program without what it says and hears over the session's bus.
 class LostSessionBusTest : public QObject {
