@@ -5,6 +5,7 @@
 
 #include <QCursor>
 #include <QGuiApplication>
+#include <QIcon>
 #include <QKeySequence>
 #include <QScreen>
 #include <QShortcut>
@@ -13,10 +14,21 @@
 
 namespace korvo {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr QSize askedSize(520, 620); // The content widens it to what it needs.
 constexpr int titleBarHeight = 40;   // About; the window manager's own is known only once the window stands there.
+
+/// That of the icon theme, else our own, for a program that isn't installed.
+QIcon appIcon()
+{
+    QIcon own;
+    for (const int side : {16, 24, 32, 48, 64, 128})
+        own.addFile(u":/icons/hicolor/%1x%1/apps/com.korvo.app.png"_s.arg(side));
+    return QIcon::fromTheme(u"com.korvo.app"_s, own);
+}
 
 QScreen *screenOfPointer()
 {
@@ -33,6 +45,7 @@ SettingsWindow::SettingsWindow(SettingsView *view) :
     m_view(*view)
 {
     setWindowTitle(tr("Korvo Settings"));
+    setWindowIcon(appIcon());
     setLayout(vstack({.spacing = 0}, view));
     connect(new QShortcut(QKeySequence::Close, this), &QShortcut::activated, this, &QWidget::close);
     takeSize();

@@ -87,6 +87,7 @@ void SettingsWindowTest::theWindowHasItsTitleAndSize()
     QCOMPARE(window.windowTitle(), u"Korvo Settings"_s);
     QCOMPARE(window.size(), QSize(640, 620)); // 520 are asked for, 640 needed.
     QCOMPARE(window.view().geometry(), QRect(0, 0, 640, 620));
+    QVERIFY(!windows().first()->windowIcon().pixmap(32).isNull()); // Also where no theme has it.
 }
 
 void SettingsWindowTest::theWindowCanBeClosedAndMinimisedAndNotResized()
