@@ -1,6 +1,6 @@
-// korvo-demo [--poll SECONDS] - Korvo on a sample workspace inside the same process, with settings of its own.
+// korvo-demo [--poll SECONDS] [--fresh] - Korvo on a sample workspace inside the same process, with settings of its own.
 // Prints the line by which others reach the workspace, as korvo-sandbox does, and reads commands: see DemoCommands.
-// Tells a person whether there is a tray.
+// Tells a person whether there is a tray. With --fresh nothing is set up yet, as at a user's first start.
 
 #include "DemoCommands.h"
 #include "KorvoApp.h"
@@ -26,14 +26,17 @@ int main(int argc, char **argv)
         arguments.append(QString::fromLocal8Bit(argv[i]));
     QCommandLineParser parser;
     parser.addOption({u"poll"_s, u"Seconds between polls."_s, u"seconds"_s, u"5"_s});
+    parser.addOption({u"fresh"_s, u"Sets nothing up."_s});
     parser.parse(arguments);
 
     const QTemporaryDir folder;
     const auto platform = korvo::Platform::create(folder.filePath(u"defaults.json"_s));
     auto sandbox = std::make_unique<korvo::sandbox::SandboxServer>();
     // The ids and the key are the same at each start; the port isn't known yet, but no setting holds it.
-    korvo::demo::storeSettings(platform->userDefaults(), korvo::sandbox::serverInfo(*sandbox),
-                               parser.value(u"poll"_s).toDouble());
+    if (!parser.isSet(u"fresh"_s)) {
+        korvo::demo::storeSettings(platform->userDefaults(), korvo::sandbox::serverInfo(*sandbox),
+                                   parser.value(u"poll"_s).toDouble());
+    }
 
     korvo::KorvoApp app(argc, argv, *platform);
     if (!sandbox->listen()) {
