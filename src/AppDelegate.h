@@ -13,6 +13,7 @@ namespace korvo {
 
 class KeyGrabber;
 class MouseMonitor;
+class NotchWindowController;
 class Panel;
 class Platform;
 class StatusItem;
@@ -41,6 +42,11 @@ public:
     /// Whether the first screen has a camera housing at its top.
     bool hasPhysicalNotch() const;
 
+    /// Makes the panel around the notch, in place of a former one.
+    void setupNotchUI();
+    /// Takes it down, if it is there.
+    void teardownNotchUI();
+
     /// Opens the settings. The menu panel closes first.
     void openSettings();
 
@@ -49,9 +55,13 @@ public:
 
 private:
     void installCrashHandlers();
-    void chooseNotchOnFirstRun();
     void tick();
+
+    // The notch.
+    void decideAboutNotch();
+    void chooseNotchOnFirstRun();
     bool isNotchActive() const;
+    void screenDidChange();
 
     // The status item.
     void updateStatusBarAppearance();
@@ -79,7 +89,8 @@ private:
     QTimer m_statusBarTimer;
     QPropertyNotifier m_menuFollowsTimer;
     QPropertyNotifier m_menuFollowsLoading;
-    bool m_previouslyRunning = false; ///< Whether the last update showed a running timer.
+    bool m_previouslyRunning = false;                         ///< Whether the last update showed a running timer.
+    std::unique_ptr<NotchWindowController> m_notchController; ///< There while the notch interface is up.
     std::unique_ptr<KeyGrabber> m_keyGrabber;
     GlobalHotkeyService m_hotkeyService;
     int m_lastDockMinute = -1; ///< Last drawn in the Dock; -1 while no timer stands there.

@@ -36,6 +36,11 @@ public:
         if (content)
             content->setGeometry(window.rect());
     }
+    void setRoom(const QRect &newRoom) override
+    {
+        calls.append(QStringLiteral("setRoom"));
+        room = newRoom;
+    }
     void setShape(const QPainterPath &newShape) override
     {
         calls.append(QStringLiteral("setShape"));
@@ -59,6 +64,7 @@ public:
     QWidget &window = *new QWidget; ///< Holds the content.
     QPointer<QWidget> content;
     QRect frame;
+    QRect room;
     QList<QRect> frames; ///< Of each call, in order.
     QPainterPath shape;
     QStringList calls;

@@ -177,7 +177,7 @@ void X11Panel::setContent(std::unique_ptr<QWidget> content)
     m_content = content.release();
     if (m_content) {
         m_content->setParent(m_window);
-        m_content->setGeometry(QRect(m_frame.topLeft() - m_window->pos(), m_frame.size()));
+        m_content->setGeometry(m_frame.translated(-windowPlace().topLeft()));
         m_content->show();
     }
     layOut();
@@ -187,6 +187,12 @@ void X11Panel::setContent(std::unique_ptr<QWidget> content)
 void X11Panel::setFrame(const QRect &frame)
 {
     m_frame = frame;
+    layOut();
+}
+
+void X11Panel::setRoom(const QRect &room)
+{
+    m_room = room;
     layOut();
 }
 
@@ -222,20 +228,26 @@ QMargins X11Panel::margins() const
     return m_style.hasShadow && m_compositor.isRunning() ? panelShadowMargins : QMargins();
 }
 
+QRect X11Panel::windowPlace() const
+{
+    return (m_room.isEmpty() ? m_frame : m_room).marginsAdded(margins());
+}
+
 QPainterPath X11Panel::shapeInWindow() const
 {
     QPainterPath shape = m_shape;
     if (shape.isEmpty())
         shape.addRect(QRectF(QPointF(), m_frame.size()));
-    return shape.translated(margins().left(), margins().top());
+    return shape.translated(m_frame.topLeft() - windowPlace().topLeft());
 }
 
 void X11Panel::layOut()
 {
-    m_window->setGeometry(m_frame.marginsAdded(margins()));
+    const QRect place = windowPlace();
+    m_window->setGeometry(place);
     if (m_content)
-        m_content->setGeometry(QRect(QPoint(margins().left(), margins().top()), m_frame.size()));
-    m_rim->setGeometry(QRect(QPoint(), m_window->size()));
+        m_content->setGeometry(m_frame.translated(-place.topLeft()));
+    m_rim->setGeometry(QRect(QPoint(), place.size()));
     applyShape();
 }
 
@@ -255,8 +267,12 @@ void X11Panel::applyNativeShape()
         return;
     const auto id = xcb_window_t(m_window->internalWinId());
     const double scale = m_window->devicePixelRatioF();
-    const auto shape = rectanglesOf(QTransform::fromScale(scale, scale).map(shapeInWindow()),
-                                    (QSizeF(m_window->size()) * scale).toSize());
+    const NativeShape wanted{id, QTransform::fromScale(scale, scale).map(shapeInWindow()),
+                             (QSizeF(m_window->size()) * scale).toSize(), m_compositor.isRunning()};
+    if (wanted == m_nativeShape)
+        return;
+    m_nativeShape = wanted;
+    const auto shape = rectanglesOf(wanted.path, wanted.size);
     const auto set = [&](xcb_shape_kind_t kind) {
         xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_UNSORTED, id, 0, 0,
                              quint32(shape.size()), shape.data());
