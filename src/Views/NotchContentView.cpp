@@ -35,9 +35,10 @@ constexpr double expandedRadius = 20;
 constexpr int expandedWidth = 440;  // At which the card is laid out, however far the panel has grown.
 constexpr int expandedHeight = 210; // The strip above the screen included.
 constexpr int cardTop = 50;         // Below that strip and the notch: from here on the card fades in.
+constexpr int ringRoom = 8;         // For what the ring draws past its circle, which the card would cut off.
 
 constexpr TimerCardStyle cardStyle{.horizontalPadding = 24,
-                                   .headerTop = 0,
+                                   .headerTop = ringRoom,
                                    .headerBottom = 16,
                                    .nameLines = 1,
                                    .ringSize = 36,
@@ -187,11 +188,12 @@ QWidget *NotchContentView::compactView()
 QWidget *NotchContentView::expandedView()
 {
     auto *column = vstack({.spacing = 0});
-    column->addSpacing(cardTop);
     if (m_timerVM.activeTimer()) {
+        column->addSpacing(cardTop - ringRoom);
         addToStack(*column, timerCard());
         addToStack(*column, Spacer());
     } else {
+        column->addSpacing(cardTop);
         column->addWidget(emptyCard(), 1);
     }
     return section(u"expandedView"_s, column);
