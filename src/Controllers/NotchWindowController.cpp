@@ -100,6 +100,8 @@ std::unique_ptr<NotchContentView> NotchWindowController::makeContentView()
     };
     auto view = std::make_unique<NotchContentView>(m_timerVM, NotchState::idle, enter, leave, m_settings, m_clock);
     connect(view.get(), &NotchContentView::outlineChanged, m_panel.get(), &Panel::setShape);
+    connect(m_panel.get(), &Panel::pointerEntered, view.get(), [view = view.get()] { view->setHovered(true); });
+    connect(m_panel.get(), &Panel::pointerLeft, view.get(), [view = view.get()] { view->setHovered(false); });
     return view;
 }
 

@@ -41,6 +41,11 @@ public:
     virtual void orderFront() = 0;
     virtual void orderOut() = 0;
     virtual bool isVisible() const = 0;
+
+signals:
+    /// The pointer has come to what is to be seen of the panel, or that to the pointer; and they have parted.
+    void pointerEntered();
+    void pointerLeft();
 };
 
 } // namespace korvo

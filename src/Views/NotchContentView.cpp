@@ -15,7 +15,6 @@
 #include "Views/TimerCard.h"
 #include "Views/TimerFigures.h"
 
-#include <QEvent>
 #include <QGraphicsOpacityEffect>
 #include <QPaintEvent>
 #include <QPainter>
@@ -86,14 +85,9 @@ QPainterPath NotchContentView::outline() const
     return shape.path(rect());
 }
 
-bool NotchContentView::event(QEvent *event)
+void NotchContentView::setHovered(bool isHovered)
 {
-    // A panel that is taken off the screen leaves the pointer, not the other way round.
-    if (event->type() == QEvent::Enter && isVisible())
-        m_onHoverEnter();
-    else if (event->type() == QEvent::Leave && isVisible())
-        m_onHoverExit();
-    return QWidget::event(event);
+    isHovered ? m_onHoverEnter() : m_onHoverExit();
 }
 
 void NotchContentView::paintEvent(QPaintEvent *event)

@@ -24,7 +24,7 @@ class NotchContentView : public QWidget {
 public:
     using HoverHandler = std::function<void()>;
 
-    /// All references must outlive it. The handlers are called when the pointer enters what is seen of the view, and
+    /// All references must outlive it. The handlers are called when the pointer comes to what is seen of the view, and
     /// leaves it.
     NotchContentView(TimerViewModel &timerVM, NotchState state, HoverHandler onHoverEnter, HoverHandler onHoverExit,
                      AppSettings &settings, Clock &clock, QWidget *parent = nullptr);
@@ -33,6 +33,9 @@ public:
     /// Shows the content of another state at once. The present one is left alone.
     void setState(NotchState state);
 
+    /// Tells whether the pointer is there, which the window knows better than any widget.
+    void setHovered(bool isHovered);
+
     /// What is to be seen of the view at its present size.
     QPainterPath outline() const;
 
@@ -40,7 +43,6 @@ signals:
     void outlineChanged(const QPainterPath &outline);
 
 protected:
-    bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 

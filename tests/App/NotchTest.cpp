@@ -2,9 +2,6 @@
 
 #include "Views/NotchContentView.h"
 
-#include <QCoreApplication>
-#include <QCursor>
-#include <QEnterEvent>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -25,7 +22,6 @@ const QRect expandedFrame(536, -10, 440, 210);
 class NotchTest : public QObject {
     Q_OBJECT
 private slots:
-    void initTestCase() { QCursor::setPos(700, 500); } // Of this process's own screen: away from the panel's window.
     void init();
     void cleanup() { m_app.reset(); }
 
@@ -161,8 +157,7 @@ void NotchTest::theTickWithoutATimerLeavesThePanelAlone()
 void NotchTest::thePointerOpensTheCard()
 {
     app().launch();
-    QEnterEvent enter({100, 20}, {100, 20}, {100, 20});
-    QCoreApplication::sendEvent(panel().content, &enter);
+    panel().enter();
     QCOMPARE(shown(), NotchState::expanded);
     app().clock().advance(0.4);
     QTRY_COMPARE(panel().frame, expandedFrame);

@@ -6,7 +6,6 @@
 #include "Views/NotchShape.h"
 #include "Views/ViewWorld.h"
 
-#include <QCursor>
 #include <QTest>
 
 #include <memory>
@@ -27,7 +26,6 @@ const QRect expandedFrame(536, -10, 440, 210);
 class NotchWindowControllerTest : public QObject {
     Q_OBJECT
 private slots:
-    void initTestCase() { QCursor::setPos(700, 500); } // Of this process's own screen: away from the panel's window.
     void init();
     void cleanup();
 
@@ -87,9 +85,8 @@ private:
     void startTimer();
     void stopTimer();
     void tick() { m_controller->updateForTimerState(); }
-    void hover(QEvent::Type type);
-    void enter() { hover(QEvent::Enter); }
-    void leave() { hover(QEvent::Leave); }
+    void enter() { panel().enter(); }
+    void leave() { panel().leave(); }
     void open(); ///< As by the pointer, and lets the guard pass.
     /// Lets time pass, and all that follows from it happen.
     void pass(double seconds);
@@ -140,17 +137,6 @@ void NotchWindowControllerTest::stopTimer()
     m_world->showNothing();
     m_world->poll();
     QVERIFY(!m_world->viewModel->isTimerRunning());
-}
-
-void NotchWindowControllerTest::hover(QEvent::Type type)
-{
-    QEvent event(type);
-    if (type == QEvent::Enter) {
-        QEnterEvent enterEvent({100, 20}, {100, 20}, {100, 20});
-        QCoreApplication::sendEvent(panel().content, &enterEvent);
-        return;
-    }
-    QCoreApplication::sendEvent(panel().content, &event);
 }
 
 void NotchWindowControllerTest::pass(double seconds)

@@ -60,6 +60,18 @@ public:
     }
     bool isVisible() const override { return m_isVisible; }
 
+    /// The pointer comes or goes; a panel that isn't there tells nobody.
+    void enter()
+    {
+        if (m_isVisible)
+            emit pointerEntered();
+    }
+    void leave()
+    {
+        if (m_isVisible)
+            emit pointerLeft();
+    }
+
     const PanelStyle style;
     QWidget &window = *new QWidget; ///< Holds the content.
     QPointer<QWidget> content;

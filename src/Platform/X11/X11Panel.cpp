@@ -11,6 +11,7 @@
 #include <QRegion>
 #include <QTransform>
 #include <QWidget>
+#include <QWindow>
 
 #include <algorithm>
 #include <optional>
@@ -206,6 +207,7 @@ void X11Panel::orderFront()
 {
     if (!isVisible()) {
         m_window->winId(); // The native window: it has its shape before anybody sees it.
+        m_window->windowHandle()->installEventFilter(this);
         layOut();
         m_window->show();
     }
@@ -221,6 +223,16 @@ void X11Panel::orderOut()
 bool X11Panel::isVisible() const
 {
     return m_window->isVisible();
+}
+
+/// Of the native window only: widgets are told of a pointer that left long ago when others are shown at its last place.
+bool X11Panel::eventFilter(QObject *watched, QEvent *event)
+{
+    if (isVisible() && event->type() == QEvent::Enter)
+        emit pointerEntered();
+    else if (isVisible() && event->type() == QEvent::Leave)
+        emit pointerLeft();
+    return Panel::eventFilter(watched, event);
 }
 
 QMargins X11Panel::margins() const

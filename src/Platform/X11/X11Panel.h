@@ -27,6 +27,9 @@ public:
     void orderOut() override;
     bool isVisible() const override;
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     class Window;
     class Rim;
