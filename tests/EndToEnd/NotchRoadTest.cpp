@@ -55,11 +55,17 @@ bool isOpen(int x = middle)
     return height > 190 && height < 200;
 }
 
-/// The pointer leaves the card, and comes back before if it has left already: leaving too early counts for nothing. True
-/// if the card then folds away.
+/// Lets the pointer leave the open card, and come back and leave anew where it left too early to count. True if the card
+/// then folds away.
 bool leaves()
 {
-    return movePointer(onTheNotch) && movePointer(farAway) && QTest::qWaitFor([] { return !isOpen(); }, 1000);
+    for (int i = 0; i < 10; ++i) {
+        if (!movePointer(onTheNotch) || !movePointer(farAway))
+            return false;
+        if (QTest::qWaitFor([] { return !isOpen(); }, 2000))
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -109,7 +115,7 @@ void NotchRoadTest::theCardOpensUnderThePointerAndFoldsAwayAfterItHasLeft()
     QVERIFY(movePointer(onTheNotch));
     QTRY_VERIFY_WITH_TIMEOUT(isOpen(), patience);
     QTRY_VERIFY_WITH_TIMEOUT(isCardShown(), patience);
-    QTRY_VERIFY_WITH_TIMEOUT(leaves(), patience);
+    QVERIFY(leaves());
     QTRY_VERIFY_WITH_TIMEOUT(!isCardShown(), patience);
     QTRY_COMPARE_WITH_TIMEOUT(blackAround(middle).height(), 40, patience);
 }
@@ -123,7 +129,7 @@ void NotchRoadTest::theCardStopsTheTimer()
     QTRY_COMPARE_WITH_TIMEOUT(m_world->runningTask(), QString(), patience);
     QTRY_VERIFY_WITH_TIMEOUT(!isCardShown(), patience);
     QVERIFY(isOpen()); // The card stays, and says that nothing runs.
-    QTRY_VERIFY_WITH_TIMEOUT(leaves(), patience);
+    QVERIFY(leaves());
     QTRY_COMPARE_WITH_TIMEOUT(blackAround(middle).height(), 37, patience);
 }
 
