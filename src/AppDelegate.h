@@ -13,6 +13,7 @@ namespace korvo {
 
 class KeyGrabber;
 class MouseMonitor;
+class NotchWindowController;
 class Panel;
 class Platform;
 class SettingsWindow;
@@ -43,6 +44,11 @@ public:
     /// Whether the first screen has a camera housing at its top.
     bool hasPhysicalNotch() const;
 
+    /// Makes the panel around the notch, in place of a former one.
+    void setupNotchUI();
+    /// Takes it down, if it is there.
+    void teardownNotchUI();
+
     /// Opens the settings, or brings their window to the front. The menu panel closes first.
     void openSettings();
 
@@ -54,9 +60,13 @@ public:
 
 private:
     void installCrashHandlers();
-    void chooseNotchOnFirstRun();
     void tick();
+
+    // The notch.
+    void decideAboutNotch();
+    void chooseNotchOnFirstRun();
     bool isNotchActive() const;
+    void screenDidChange();
 
     // The status item.
     void updateStatusBarAppearance();
@@ -88,6 +98,7 @@ private:
     QPropertyNotifier m_menuFollowsLoading;
     bool m_previouslyRunning = false;                               ///< Whether the last update showed a running timer.
     std::shared_ptr<QuickAddWindowController> m_quickAddController; ///< Since the launch.
+    std::unique_ptr<NotchWindowController> m_notchController; ///< There while the notch interface is up.
     std::unique_ptr<KeyGrabber> m_keyGrabber;
     GlobalHotkeyService m_hotkeyService;
     int m_lastDockMinute = -1; ///< Last drawn in the Dock; -1 while no timer stands there.

@@ -332,6 +332,8 @@ void AppDelegateTest::withANotchActiveTheItemShowsTheSymbolOnly()
 void AppDelegateTest::aNotchWithoutItsInterfaceLeavesTheRing()
 {
     m_world->platform.fakeScreens.setSingle(QRectF(0, 0, 1512, 982), 32);
+    m_world->platform.fakeDefaults.set({{u"hasSetNotchDefault4"_s, true}});
+    m_world->settings.settings.setUseNotchUI(false);
     launchWithTimer(60);
     QCOMPARE(item().title, u" 0:01:00"_s);
 }

@@ -36,6 +36,11 @@ public:
         if (content)
             content->setGeometry(window.rect());
     }
+    void setRoom(const QRect &newRoom) override
+    {
+        calls.append(QStringLiteral("setRoom"));
+        room = newRoom;
+    }
     void setShape(const QPainterPath &newShape) override
     {
         calls.append(QStringLiteral("setShape"));
@@ -55,10 +60,23 @@ public:
     }
     bool isVisible() const override { return m_isVisible; }
 
+    /// The pointer comes or goes; a panel that isn't there tells nobody.
+    void enter()
+    {
+        if (m_isVisible)
+            emit pointerEntered();
+    }
+    void leave()
+    {
+        if (m_isVisible)
+            emit pointerLeft();
+    }
+
     const PanelStyle style;
     QWidget &window = *new QWidget; ///< Holds the content.
     QPointer<QWidget> content;
     QRect frame;
+    QRect room;
     QList<QRect> frames; ///< Of each call, in order.
     QPainterPath shape;
     QStringList calls;

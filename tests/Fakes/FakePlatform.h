@@ -23,7 +23,7 @@
 namespace korvo {
 
 /// A desktop made of fakes.
-class FakePlatform final : public Platform {
+class FakePlatform : public Platform {
 public:
     Clock &clock() override { return fakeClock; }
     SystemLog &systemLog() override { return fakeLog; }
