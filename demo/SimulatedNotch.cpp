@@ -1,6 +1,7 @@
 #include "SimulatedNotch.h"
 
 #include "Platform/DockTile.h"
+#include "Platform/InputPanel.h"
 #include "Platform/KeyGrabber.h"
 #include "Platform/MouseMonitor.h"
 #include "Platform/Panel.h"
@@ -29,6 +30,7 @@ public:
             screens.first().topSafeAreaInset = inset;
         return screens;
     }
+    std::optional<Screen> mainScreen() const override { return m_real.mainScreen(); }
     QPointF pointerPosition() const override { return m_real.pointerPosition(); }
 
 protected:
@@ -60,6 +62,7 @@ public:
     std::unique_ptr<StatusItem> makeStatusItem() override { return m_real->makeStatusItem(); }
     std::unique_ptr<KeyGrabber> makeKeyGrabber() override { return m_real->makeKeyGrabber(); }
     std::unique_ptr<Panel> makePanel(const PanelStyle &style) override { return m_real->makePanel(style); }
+    std::unique_ptr<InputPanel> makeInputPanel() override { return m_real->makeInputPanel(); }
     std::unique_ptr<MouseMonitor> makeMouseMonitor() override { return m_real->makeMouseMonitor(); }
     void setSignalHandler(void (*handler)(int)) override { m_real->setSignalHandler(handler); }
     void setExceptionHandler(void (*handler)(const UncaughtException &)) override
