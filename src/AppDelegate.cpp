@@ -83,6 +83,7 @@ void AppDelegate::applicationWillTerminate()
     Log::info(u"App terminating — applicationWillTerminate"_s);
     m_hotkeyService.unregister();
     dismissMenuPanel();
+    endSettings();
     if (m_quickAddController)
         m_quickAddController->dismiss();
     if (m_notchController)
@@ -119,7 +120,8 @@ void AppDelegate::installCrashHandlers()
 bool AppDelegate::hasPhysicalNotch() const
 {
     const auto screens = m_platform.screens().screens();
-    return !screens.isEmpty() && screens.first().topSafeAreaInset > 0;
+    const auto screen = screens.isEmpty() ? m_platform.screens().mainScreen() : std::optional(screens.first());
+    return screen && screen->topSafeAreaInset > 0;
 }
 
 bool AppDelegate::isNotchActive() const

@@ -58,8 +58,13 @@ public:
     /// Lets the program stand in the Dock, or not, as the settings say.
     void updateDockIconVisibility();
 
+protected:
+    /// Sees the end coming before the windows are closed for it.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void installCrashHandlers();
+    void endSettings();
     void tick();
 
     // The notch.
@@ -98,7 +103,7 @@ private:
     QPropertyNotifier m_menuFollowsLoading;
     bool m_previouslyRunning = false;                               ///< Whether the last update showed a running timer.
     std::shared_ptr<QuickAddWindowController> m_quickAddController; ///< Since the launch.
-    std::unique_ptr<NotchWindowController> m_notchController; ///< There while the notch interface is up.
+    std::unique_ptr<NotchWindowController> m_notchController;       ///< There while the notch interface is up.
     std::unique_ptr<KeyGrabber> m_keyGrabber;
     GlobalHotkeyService m_hotkeyService;
     int m_lastDockMinute = -1; ///< Last drawn in the Dock; -1 while no timer stands there.

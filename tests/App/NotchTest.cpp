@@ -87,11 +87,13 @@ void NotchTest::theFirstLaunchWithANotchBringsItUp()
 {
     app().settings.settings.setUseNotchUI(false);
     app().delegate->applicationDidFinishLaunching();
-    QCOMPARE(log(),
-             QStringList({u"INFO App launched — applicationDidFinishLaunching"_s, u"INFO Status item created"_s,
-                          u"INFO Polling started"_s, u"INFO Physical notch detected: true"_s,
-                          u"INFO NotchWindowController.setup() — screen: {{0, 0}, {1512, 982}}"_s,
-                          u"INFO Notch UI initialized"_s, u"INFO App launch complete"_s}));
+    QCOMPARE(
+        log(),
+        QStringList({u"INFO App launched — applicationDidFinishLaunching"_s, u"INFO Status item created"_s,
+                     u"INFO Polling started"_s, u"INFO Physical notch detected: true"_s,
+                     u"INFO NotchWindowController.setup() — screen: {{0, 0}, {1512, 982}}"_s,
+                     u"INFO Notch UI initialized"_s, u"INFO Global hotkey registered (keyCode: 45, modifiers: 768)"_s,
+                     u"INFO App launch complete"_s}));
     QVERIFY(app().settings.settings.useNotchUI());
     QCOMPARE(app().platform.fakeDefaults.boolean(u"hasSetNotchDefault4"_s), true);
     QVERIFY(panel().isVisible());
