@@ -61,6 +61,7 @@ private slots:
     void itemIsNeverBlank();
     void permissionForNotificationsIsAskedOnceAtLaunch();
     void endWritesItsLinesInOrderAndTakesTheItemAway();
+    void aStartAfterTheEndIsItsOwn();
     void aRunningTimerIsNotStoppedAtTheEnd();
     void closingTheLastWindowDoesNotEndTheProgram();
     void signalsAreLoggedAtFaultLevel();
@@ -194,6 +195,17 @@ void AppDelegateTest::endWritesItsLinesInOrderAndTakesTheItemAway()
                  QStringList({u"INFO App terminating — applicationWillTerminate"_s, u"INFO Polling stopped"_s,
                               u"INFO Polling task finished (cancelled: true)"_s}));
     QVERIFY(m_world->platform.statusItem.isNull());
+}
+
+void AppDelegateTest::aStartAfterTheEndIsItsOwn()
+{
+    launch();
+    QCOMPARE(m_world->platform.fakeSingleInstance.releaseCount, 0);
+    m_world->delegate->applicationWillTerminate();
+    QCOMPARE(m_world->platform.fakeSingleInstance.releaseCount, 1);
+    m_world->platform.fakeSingleInstance.startAgain(); // On its way already.
+    m_world->platform.fakeDockTile.click();
+    QCOMPARE(m_world->platform.panelCount, 0);
 }
 
 void AppDelegateTest::aRunningTimerIsNotStoppedAtTheEnd()

@@ -13,11 +13,14 @@ public:
         return isOnly;
     }
 
+    void release() override { ++releaseCount; }
+
     /// Starts the program once more.
     void startAgain() { emit activationRequested(); }
 
     bool isOnly = true;
     int claimCount = 0;
+    int releaseCount = 0;
 };
 
 } // namespace korvo
