@@ -90,7 +90,7 @@ private:
     std::shared_ptr<QuickAddWindowController> m_quickAddController; ///< Since the launch.
     std::unique_ptr<KeyGrabber> m_keyGrabber;
     GlobalHotkeyService m_hotkeyService;
-    int m_lastDockMinute = -1; ///< Last drawn in the Dock; -1 while no timer stands there.
+    qint64 m_lastDockMinute = -1; ///< Last drawn in the Dock; -1 while no timer stands there.
 };
 
 } // namespace korvo
