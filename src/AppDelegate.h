@@ -5,6 +5,7 @@
 
 #include <QColor>
 #include <QObject>
+#include <QRect>
 #include <QTimer>
 
 #include <memory>
@@ -69,6 +70,7 @@ private:
     void togglePopover();
     void openMenuPanel();
     void dismissMenuPanel();
+    bool isMenuPanelInSight() const;
 
     // The Dock.
     void updateDockIcon();
@@ -81,6 +83,7 @@ private:
     TimerViewModel m_timerVM;
     std::unique_ptr<StatusItem> m_statusItem;
     std::unique_ptr<Panel> m_menuPanel;               ///< There while it is open.
+    QRect m_menuPanelFrame;                           ///< Its place.
     std::unique_ptr<MouseMonitor> m_menuPanelMonitor; ///< The same.
     std::unique_ptr<SettingsWindow> m_settingsWindow; ///< The last one that was opened.
     QTimer m_statusBarTimer{this};
