@@ -95,6 +95,10 @@ void AppDelegate::applicationWillTerminate()
     m_menuFollowsTimer = {}; // A poll that is under way still ends, and there is no item any more that shows it.
     m_menuFollowsLoading = {};
     m_statusItem.reset();
+    // An action may keep the process for some seconds more: a start meanwhile is the program's own again.
+    disconnect(&m_platform.singleInstance(), nullptr, this, nullptr);
+    disconnect(&m_platform.dockTile(), nullptr, this, nullptr);
+    m_platform.singleInstance().release();
 }
 
 /// All that moves on the desktop, once a second: no change of state needs longer to show there.

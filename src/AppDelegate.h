@@ -5,6 +5,7 @@
 
 #include <QColor>
 #include <QObject>
+#include <QRect>
 #include <QTimer>
 
 #include <memory>
@@ -84,6 +85,7 @@ private:
     void togglePopover();
     void openMenuPanel();
     void dismissMenuPanel();
+    bool isMenuPanelInSight() const;
 
     // The Dock.
     void updateDockIcon();
@@ -96,6 +98,7 @@ private:
     TimerViewModel m_timerVM;
     std::unique_ptr<StatusItem> m_statusItem;
     std::unique_ptr<Panel> m_menuPanel;               ///< There while it is open.
+    QRect m_menuPanelFrame;                           ///< Its place.
     std::unique_ptr<MouseMonitor> m_menuPanelMonitor; ///< The same.
     std::unique_ptr<SettingsWindow> m_settingsWindow; ///< The last one that was opened.
     QTimer m_statusBarTimer{this};
@@ -106,7 +109,7 @@ private:
     std::unique_ptr<NotchWindowController> m_notchController;       ///< There while the notch interface is up.
     std::unique_ptr<KeyGrabber> m_keyGrabber;
     GlobalHotkeyService m_hotkeyService;
-    int m_lastDockMinute = -1; ///< Last drawn in the Dock; -1 while no timer stands there.
+    qint64 m_lastDockMinute = -1; ///< Last drawn in the Dock; -1 while no timer stands there.
 };
 
 } // namespace korvo

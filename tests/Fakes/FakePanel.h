@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Fakes/EventList.h"
 #include "Platform/Panel.h"
 
 #include <QList>
@@ -54,6 +55,7 @@ public:
     }
     void orderOut() override
     {
+        note(events, QStringLiteral("panel orderOut"));
         calls.append(QStringLiteral("orderOut"));
         m_isVisible = false;
         window.hide();
@@ -80,6 +82,7 @@ public:
     QList<QRect> frames; ///< Of each call, in order.
     QPainterPath shape;
     QStringList calls;
+    std::shared_ptr<EventList> events; ///< Shared with the other fakes, if at all.
 
 private:
     bool m_isVisible = false;
