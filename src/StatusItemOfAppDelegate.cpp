@@ -7,6 +7,7 @@
 #include "Views/Theme.h"
 
 #include <QCoreApplication>
+#include <QTextBoundaryFinder>
 
 #include <cmath>
 
@@ -23,7 +24,13 @@ QString shortened(const QString &text)
 {
     constexpr int limit = 200;
     const auto line = text.left(10 * limit).simplified();
-    return line.size() <= limit ? line : line.left(limit - 1) + u'…';
+    if (line.size() <= limit)
+        return line;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, line); // Half an emoji is no character at all.
+    finder.setPosition(limit - 1);
+    if (!finder.isAtBoundary())
+        finder.toPreviousBoundary();
+    return line.left(finder.position()) + u'…';
 }
 
 } // namespace

@@ -24,6 +24,8 @@ public:
     /// `name` is for screen readers.
     PlainButton(const QString &name, QLayout *label, const ButtonLook &look = {}, QWidget *parent = nullptr);
 
+    const ButtonLook &look() const { return m_look; }
+
 protected:
     bool event(QEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;

@@ -24,6 +24,8 @@ class StatsRow : public QWidget {
 public:
     StatsRow(const QList<StatItem *> &cells, const QColor &background, double radius, QWidget *parent = nullptr);
 
+    double radius() const { return m_radius; }
+
 protected:
     void paintEvent(QPaintEvent *event) override;
 

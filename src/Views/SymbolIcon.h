@@ -13,6 +13,7 @@ public:
     SymbolIcon(Symbol symbol, int size, const QColor &color, QWidget *parent = nullptr);
 
     Symbol symbol() const { return m_symbol; }
+    int textSize() const { return m_size; } ///< Of the text that it goes with, in points.
     void setSymbol(Symbol symbol, int size, const QColor &color);
 
     QSize sizeHint() const override;

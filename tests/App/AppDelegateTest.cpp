@@ -96,6 +96,8 @@ private slots:
     void nearlyAnHourIsANearlyFullRing();
     void lineAndDotAreAsWideAsTheyShould();
     void menuNamesTheRunningTask();
+    void anyNameIsOneShortLineOfTheMenu_data();
+    void anyNameIsOneShortLineOfTheMenu();
     void theFirstStartWithANotchSwitchesItsInterfaceOn();
     void aLaterStartWithANotchLeavesTheSavedValue_data();
     void aLaterStartWithANotchLeavesTheSavedValue();
@@ -557,6 +559,29 @@ void AppDelegateTest::menuNamesTheRunningTask()
     QTRY_COMPARE(item().menu.at(2).label, u"Write the letter"_s);
     QVERIFY(!item().menu.at(2).isEnabled);
     QCOMPARE(item().menu.last().label, u"Quit"_s);
+}
+
+void AppDelegateTest::anyNameIsOneShortLineOfTheMenu_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("label");
+    const auto family = u"👨‍👩‍👧"_s; // One character in 8 units.
+    QTest::newRow("a line break is a blank") << u"a\r\nb"_s << u"a b"_s;
+    QTest::newRow("blanks at the ends go") << u"\n  Write the letter\t"_s << u"Write the letter"_s;
+    QTest::newRow("an emoji stays whole") << family << family;
+    QTest::newRow("200 letters stay") << QString(200, u'm') << QString(200, u'm');
+    QTest::newRow("2000 letters are cut") << QString(2000, u'm') << QString(199, u'm') + u'…';
+    QTest::newRow("no emoji is cut in two") << family.repeated(100) << family.repeated(24) + u'…';
+    QTest::newRow("Hebrew") << u"לכתוב מכתב"_s << u"לכתוב מכתב"_s;
+}
+
+void AppDelegateTest::anyNameIsOneShortLineOfTheMenu()
+{
+    QFETCH(QString, name);
+    notion().answerRows(trackerQuery, {pages::runningEntry(u"e1"_s, {u"t1"_s})});
+    notion().answer(u"GET /pages/t1"_s, pages::task(u"t1"_s, name));
+    launch();
+    QTEST(item().menu.at(2).label, "label");
 }
 
 void AppDelegateTest::theFirstStartWithANotchSwitchesItsInterfaceOn()

@@ -51,6 +51,7 @@ private slots:
     void aMinuteInTheFutureShowsNoChangeFromThePlainState();
     void theEndPutsThePlainIconBack();
     void tileLooksAsItShould();
+    void theTextIsBoldAndWhite();
     void anArcOfNoTimeIsAShortStroke();
     void theTextFitsIntoTheRing_data();
     void theTextFitsIntoTheRing();
@@ -227,6 +228,20 @@ void DockIconTest::tileLooksAsItShould()
         line += double(tile.pixelColor(x, 64).green() - ground.green())
             / (QColor(theme::systemGreen).green() - ground.green());
     QVERIFY2(qAbs(line - 5) < 0.2, qPrintable(QString::number(line)));
+}
+
+void DockIconTest::theTextIsBoldAndWhite()
+{
+    QImage expected = tileWith(u""_s, 420, theme::systemGreen);
+    QPainter painter(&expected);
+    QFont font = painter.font();
+    font.setPixelSize(22);
+    font.setBold(true);
+    painter.setFont(font);
+    painter.setPen(Qt::white);
+    painter.drawText(expected.rect(), Qt::AlignCenter, u"07"_s);
+    painter.end();
+    QCOMPARE(tileWith(u"07"_s, 420, theme::systemGreen), expected);
 }
 
 void DockIconTest::anArcOfNoTimeIsAShortStroke()

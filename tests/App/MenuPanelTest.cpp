@@ -178,8 +178,9 @@ void MenuPanelTest::contentStandsAtTheUpperEdge()
     QCOMPARE(view().height(), view().sizeHint().height());
     QVERIFY(view().height() < 420);
     QCOMPARE(panel().shape.boundingRect(), QRectF(0, 0, 340, view().height()));
-    QVERIFY(!panel().shape.contains(QPointF(1, 1))); // Its corners are rounded.
-    QVERIFY(panel().shape.contains(QPointF(4, 4)));
+    // Its corners are rounded: an arc of radius 12 crosses the diagonal 3.51 from the corner.
+    QVERIFY(!panel().shape.contains(QPointF(3.4, 3.4)));
+    QVERIFY(panel().shape.contains(QPointF(3.6, 3.6)));
 }
 
 void MenuPanelTest::contentStandsAtTheLowerEdgeWhereThePanelOpensUpwards()

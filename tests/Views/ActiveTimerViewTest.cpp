@@ -240,8 +240,12 @@ void ActiveTimerViewTest::itFollowsTheDesktopsColours()
         QCOMPARE(inkOf(childIn(*m_view, u"taskName"_s)), text);
         QCOMPARE(inkOf(childIn(*m_view, u"started"_s)), theme::faded(text, 0.55));
         QCOMPARE(inkOf(textIn(*m_view, u"Running"_s)), theme::systemGreenOn(m_host->palette()));
+        QCOMPARE(visibleIn<RoundedBox>(*m_view).first()->color(), theme::systemGreenOn(m_host->palette()));
+        QCOMPARE(stop()->look().background, theme::systemRedOn(m_host->palette()));
+        QCOMPARE(inkOf(textIn(*stop(), u"Stop Timer"_s)), QColor(Qt::white));
         QCOMPARE(visibleIn<ClockText>(*m_view).size(), 1);
         QCOMPARE(visibleIn<ClockText>(*m_view).first()->time(), u"1:23:45"_s);
+        QCOMPARE(inkOf(visibleIn<ClockText>(*m_view).first()), theme::systemGreenOn(m_host->palette()));
     }
 }
 

@@ -33,12 +33,13 @@ struct Look {
     int size;
     QFont::Weight weight;
     QColor color;
+    bool isMonospaced = false;
 };
 
 bool hasLook(const QLabel *label, const Look &look)
 {
     return label && label->font().pixelSize() == look.size && label->font().weight() == look.weight
-        && inkOf(label) == look.color;
+        && inkOf(label) == look.color && QFontInfo(label->font()).fixedPitch() == look.isMonospaced;
 }
 
 int right(const QRect &rect)
@@ -71,6 +72,7 @@ private slots:
     void theTasksSection();
     void theWordsOfAnEmptyList();
     void aTaskRow();
+    void theRowOfTheRunningTask();
     void theFooter();
     void aLongNameOfTheTaskTakesTwoLines();
     void longNamesLeaveTheCellsEqual();
@@ -152,7 +154,7 @@ void MenuBarLayoutTest::theHeaderOfTheCard()
     QCOMPARE(circle.top(), 14);
     QCOMPARE(place(clock).left(), right(circle) + 8);
     QCOMPARE(right(place(clock)), viewWidth - 16);
-    QVERIFY(hasLook(clock, {20, QFont::DemiBold, Qt::white}));
+    QVERIFY(hasLook(clock, {20, QFont::DemiBold, Qt::white, true}));
     QVERIFY(qAbs(place(clock).center().y() - circle.center().y()) <= 1);
     QCOMPARE(place(u"header"_s).height(), 14 + std::max(32, bottom(place(started)) - 14) + 12);
 }
@@ -163,6 +165,7 @@ void MenuBarLayoutTest::theStatsRowOfTheCard()
     m_world->poll();
     show();
     const QRect row = place(u"statsRow"_s);
+    QCOMPARE(childIn<StatsRow>(*m_view, u"statsRow"_s)->radius(), 8.0);
     QCOMPARE(row.left(), 16);
     QCOMPARE(row.width(), viewWidth - 32);
     QCOMPARE(row.top(), bottom(place(u"header"_s)));
@@ -180,8 +183,7 @@ void MenuBarLayoutTest::theStatsRowOfTheCard()
     }
     QVERIFY(hasLook(childIn<QLabel>(*cells.at(0), u"value"_s), {12, QFont::Medium, theme::white(0.55)}));
     QVERIFY(hasLook(childIn<QLabel>(*cells.at(1), u"value"_s), {12, QFont::Medium, theme::white(0.55)}));
-    QVERIFY(hasLook(childIn<QLabel>(*cells.at(2), u"value"_s), {11, QFont::DemiBold, Qt::white}));
-    QVERIFY(QFontInfo(childIn<QLabel>(*cells.at(2), u"value"_s)->font()).fixedPitch());
+    QVERIFY(hasLook(childIn<QLabel>(*cells.at(2), u"value"_s), {11, QFont::DemiBold, Qt::white, true}));
     const QRect first = placeIn(*cells.at(0), childIn(*cells.at(0), u"value"_s));
     QCOMPARE(row.height(), bottom(first) + 8);
 
@@ -213,7 +215,20 @@ void MenuBarLayoutTest::theButtonsOfTheCard()
     const int before = place(icon).left() - stop.left(); // The label stands in the middle.
     const int after = right(stop) - right(place(words));
     QVERIFY(qAbs(before - after) <= 1);
-    QCOMPARE(visibleIn<SymbolIcon>(*childIn(*m_view, u"openInNotion"_s)).first()->symbol(), Symbol::arrowUpRightSquare);
+    const auto *arrow = visibleIn<SymbolIcon>(*childIn(*m_view, u"openInNotion"_s)).first();
+    QCOMPARE(icon->symbol(), Symbol::stopFill);
+    QCOMPARE(icon->textSize(), 10);
+    QCOMPARE(arrow->symbol(), Symbol::arrowUpRightSquare);
+    QCOMPARE(arrow->textSize(), 10);
+
+    const auto &red = childIn<CardButton>(*m_view, u"stop"_s)->look();
+    QCOMPARE(red.background, theme::faded(theme::systemRed, 0.15));
+    QCOMPARE(red.stroke, theme::faded(theme::systemRed, 0.2));
+    QCOMPARE(red.radius, 7.0);
+    const auto &plain = childIn<CardButton>(*m_view, u"openInNotion"_s)->look();
+    QCOMPARE(plain.background, theme::white(0.06));
+    QCOMPARE(plain.stroke, theme::white(0.08));
+    QCOMPARE(plain.radius, 7.0);
 
     const auto picture = m_view->grab().toImage();
     const double ratio = picture.devicePixelRatio();
@@ -240,8 +255,7 @@ void MenuBarLayoutTest::theIdleCard()
     QCOMPARE(chip->color(), theme::white(0.06));
     QCOMPARE(chip->radius(), 4.0);
     const auto *keys = visibleIn<ElidedLabel>(*chip).first();
-    QVERIFY(hasLook(keys, {11, QFont::Medium, theme::white(0.25)}));
-    QVERIFY(QFontInfo(keys->font()).fixedPitch());
+    QVERIFY(hasLook(keys, {11, QFont::Medium, theme::white(0.25), true}));
     QCOMPARE(placeIn(*chip, keys), chip->rect().adjusted(6, 2, -6, -2));
     QCOMPARE(card.height(), 14 + std::max(words->height(), chip->height()) + 14);
 }
@@ -272,6 +286,7 @@ void MenuBarLayoutTest::theBanner()
     const auto *words = textIn(*banner, u"Connection issue"_s);
     const auto *retry = textIn(*banner, u"Retry"_s);
     QCOMPARE(icon->symbol(), Symbol::wifiExclamationmark);
+    QCOMPARE(icon->textSize(), 11);
     QCOMPARE(inkOf(icon), QColor(theme::systemOrange));
     QVERIFY(hasLook(words, {11, QFont::Normal, theme::systemOrange}));
     QVERIFY(hasLook(retry, {11, QFont::Normal, theme::systemOrange}));
@@ -292,6 +307,7 @@ void MenuBarLayoutTest::theSetupView()
     const auto *words = textIn(*section, u"Open Settings to connect to Notion"_s);
     const auto *open = childIn(*section, u"openSettings"_s);
     QCOMPARE(icon->symbol(), Symbol::gearBadge);
+    QCOMPARE(icon->textSize(), 28);
     QCOMPARE(inkOf(icon), theme::white(0.4));
     QVERIFY(hasLook(title, {14, QFont::DemiBold, Qt::white}));
     QVERIFY(hasLook(words, {12, QFont::Normal, theme::white(0.4)}));
@@ -352,6 +368,22 @@ void MenuBarLayoutTest::aTaskRow()
     QCOMPARE(placeIn(*row, name).topLeft(), QPoint(16 + 6 + 10, 8));
     QVERIFY(hasLook(name, {12, QFont::Medium, theme::white(0.8)}));
     QCOMPARE(right(placeIn(*row, icon)), viewWidth - 16);
+    QCOMPARE(icon->symbol(), Symbol::playFill);
+    QCOMPARE(icon->textSize(), 8);
+}
+
+void MenuBarLayoutTest::theRowOfTheRunningTask()
+{
+    m_world->showTimer({});
+    m_world->showTasks(2);
+    m_world->poll();
+    show();
+    const auto *row = visibleIn<DarkTaskRow>(*m_view).first();
+    const auto *icon = visibleIn<SymbolIcon>(*row).first();
+    QCOMPARE(icon->symbol(), Symbol::timer);
+    QCOMPARE(icon->textSize(), 10);
+    QCOMPARE(inkOf(icon), QColor(theme::systemGreen));
+    QCOMPARE(right(placeIn(*row, icon)), viewWidth - 16);
 }
 
 void MenuBarLayoutTest::theFooter()
@@ -366,6 +398,7 @@ void MenuBarLayoutTest::theFooter()
     QCOMPARE(icons.at(1)->symbol(), Symbol::power);
     for (const auto *icon : icons) {
         QCOMPARE(inkOf(icon), theme::white(0.4));
+        QCOMPARE(icon->textSize(), 12);
         QCOMPARE(place(icon).top(), footer.top() + 1 + 10);
     }
     QCOMPARE(place(icons.at(0)).left(), 16);

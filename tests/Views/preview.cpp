@@ -1,185 +1,38 @@
-// korvo-views FOLDER - draws the views with sample content into PNG files, for a person to look at.
+// korvo-views FOLDER [--references] - draws the views with sample content into PNG files, for a person to look at; or
+// only those that GalleryTest compares with, for tests/Fixtures/views.
 
-#include "Fakes/FakeScreens.h"
-#include "Fakes/NotionDatabases.h"
-#include "ViewWorld.h"
-#include "Views/ActiveTimerView.h"
-#include "Views/MenuBarView.h"
-#include "Views/SettingsView.h"
-#include "Views/Stack.h"
-#include "Views/TodayTasksView.h"
+#include "Gallery.h"
 
 #include <QApplication>
 #include <QDir>
-#include <QPixmap>
-#include <QTest>
 
 #include <cstdio>
-#include <functional>
 
 using namespace Qt::StringLiterals;
 using namespace korvo;
 
-namespace {
-
-const QStringList sampleTasks{u"Home page layout"_s, u"Answer the printer"_s, u"Invoice for October"_s};
-
-struct Sample {
-    QString name;
-    std::function<void(ViewWorld &)> prepare;
-};
-
-const QList<Sample> samples{
-    {u"running"_s,
-     [](ViewWorld &world) {
-         world.showTimer({});
-         world.showTasks(sampleTasks);
-     }},
-    {u"idle"_s, [](ViewWorld &world) { world.showTasks(sampleTasks); }},
-    {u"empty"_s, [](ViewWorld &) {}},
-    {u"setup"_s, [](ViewWorld &world) { world.settings.settings.setApiKey({}); }},
-    {u"long"_s,
-     [](ViewWorld &world) {
-         world.showTimer({.taskName = u"Rewrite the quarterly report on the migration of the booking system for the "
-                                      "northern branches"_s,
-                          .elapsed = 45296,
-                          .project = u"Booking system of the northern branches"_s,
-                          .client = u"Northwind Traders International"_s,
-                          .totalMinutes = 123456});
-         QStringList names{u"Rewrite the quarterly report on the migration of the booking system"_s};
-         for (int i = 2; i <= 20; ++i)
-             names.append(u"Task number %1 with <b>marks</b> & a name that goes on and on and on"_s.arg(i));
-         world.showTasks(names);
-     }},
-    {u"banner"_s,
-     [](ViewWorld &world) {
-         world.showTimer({.elapsed = 1500});
-         world.showTasks(20);
-         world.poll();
-         world.notion.isOffline = true;
-     }},
-    {u"busy"_s,
-     [](ViewWorld &world) {
-         world.showTimer({.elapsed = 9000});
-         world.showTasks(sampleTasks);
-         world.poll();
-         world.notion.isHolding = true;
-         world.viewModel->stopTimer();
-     }},
-};
-
-/// The three databases of the sample, as the settings load them.
-void showDatabases(ViewWorld &world)
-{
-    using namespace databases;
-    world.notion.answer(u"GET /users/me"_s, {});
-    world.notion.answer(u"GET /databases/tracker"_s,
-                        database({{u"Name"_s, column(u"title"_s)},
-                                  {u"Task"_s, relation(u"tasks"_s)},
-                                  {u"Start"_s, column(u"date"_s)},
-                                  {u"End"_s, column(u"date"_s)},
-                                  {u"Status"_s, choice(u"select"_s, {u"Running"_s, u"Stopped"_s})}}));
-    world.notion.answer(u"GET /databases/tasks"_s,
-                        database({{u"Name"_s, column(u"title"_s)},
-                                  {u"Date"_s, column(u"date"_s)},
-                                  {u"Timer"_s, choice(u"status"_s, {u"Running"_s, u"Stopped"_s})},
-                                  {u"Project"_s, relation(u"projects"_s)},
-                                  {u"Total minutes"_s, column(u"rollup"_s)}}));
-    world.notion.answer(u"GET /databases/projects"_s, database({{u"Client"_s, relation(u"clients"_s)}}));
-}
-
-QPalette lightPalette()
-{
-    return {QColor(239, 239, 239)};
-}
-
-QPalette darkPalette()
-{
-    QPalette dark(QColor(53, 53, 53));
-    dark.setColor(QPalette::Base, QColor(35, 35, 35));
-    dark.setColor(QPalette::Highlight, QColor(42, 130, 218));
-    dark.setColor(QPalette::HighlightedText, Qt::white);
-    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
-        dark.setColor(QPalette::Disabled, role, QColor(130, 130, 130));
-    return dark;
-}
-
-/// Each tab of the settings in both palettes, set up and with a result; and once as a new user finds it.
-void saveSettings(const std::function<void(QWidget &, const QString &)> &save)
-{
-    for (const bool isDark : {false, true}) {
-        QApplication::setPalette(isDark ? darkPalette() : lightPalette());
-        const auto suffix = isDark ? u"-dark"_s : u"-light"_s;
-        for (const bool isNew : {true, false}) {
-            ViewWorld world;
-            FakeScreens screens;
-            showDatabases(world);
-            if (isNew) {
-                world.settings.settings.setApiKey({});
-                world.settings.settings.setTimeTrackerDBId({});
-                world.settings.settings.setTasksDBId({});
-            }
-            world.settings.settings.setReminderEnabled(true);
-            SettingsView view(*world.viewModel, world.settings.settings, world.notion, world.clock, screens, {});
-            view.resize(640, 620);
-            view.show();
-            view.settingsVM().testConnection();
-            ViewWorld::spinUntil([&] { return spawnedCount() == 0; });
-            for (const auto tab : allSettingsTabs) {
-                view.setSelectedTab(tab);
-                save(view,
-                     u"settings-"_s + rawValue(tab).toLower().remove(u' ') + (isNew ? u"-new"_s : QString()) + suffix);
-            }
-        }
-    }
-    QApplication::setPalette(lightPalette());
-}
-
-} // namespace
-
 int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
-    if (app.arguments().size() != 2) {
-        std::fputs("usage: korvo-views FOLDER\n", stderr);
+    const auto arguments = app.arguments();
+    const bool onlyReferences = arguments.value(2) == u"--references"_s;
+    if (arguments.size() != (onlyReferences ? 3 : 2)) {
+        std::fputs("usage: korvo-views FOLDER [--references]\n", stderr);
         return 2;
     }
-    const QDir folder(app.arguments().at(1));
+    gallery::useFixedLook();
+    const QDir folder(arguments.at(1));
     folder.mkpath(u"."_s);
-    const auto save = [&](QWidget &view, const QString &name) {
-        view.show();
-        QCoreApplication::processEvents();
-        const auto path = folder.filePath(u"%1@%2x.png"_s.arg(name).arg(view.devicePixelRatioF()));
-        if (!view.grab().save(path))
-            std::fprintf(stderr, "korvo-views: cannot write %s\n", qPrintable(path));
-    };
-    saveSettings(save);
+    auto samples = gallery::references();
+    if (!onlyReferences)
+        samples = gallery::panels() + gallery::focusRings() + gallery::systemViews() + gallery::settingsTabs()
+            + gallery::faces();
     for (const auto &sample : samples) {
-        ViewWorld world;
-        sample.prepare(world);
-        if (!world.notion.isHolding)
-            world.poll();
-        MenuBarView view(
-            *world.viewModel, [] {}, world.settings.settings, world.clock);
-        view.setMaximumRoom(420);
-        view.resize(view.sizeHint());
-        save(view, sample.name);
-        view.activateWindow();
-        QCoreApplication::processEvents();
-        for (int i = 0; i < 2 && view.focusWidget(); ++i)
-            QTest::keyClick(view.focusWidget(), Qt::Key_Tab);
-        save(view, sample.name + u"-keyboard"_s);
-
-        for (const bool isDark : {false, true}) {
-            QWidget host;
-            host.setPalette(isDark ? QPalette(QColor(50, 50, 50)) : QPalette(QColor(240, 240, 240)));
-            auto *active = new ActiveTimerView(*world.viewModel, world.clock);
-            host.setLayout(vstack({.spacing = 12, .padding = padding(0, 12)},
-                                  vstack({.padding = padding(16, 0)}, active), new TodayTasksView(*world.viewModel)));
-            host.setFixedSize(300,
-                              host.layout()->hasHeightForWidth() ? host.layout()->heightForWidth(300)
-                                                                 : host.sizeHint().height());
-            save(host, sample.name + (isDark ? u"-system-dark"_s : u"-system-light"_s));
+        const auto path = folder.filePath(gallery::fileName(sample));
+        constexpr int smallest = 0;
+        if (!sample.draw({}).save(path, "PNG", smallest)) {
+            std::fprintf(stderr, "korvo-views: cannot write %s\n", qPrintable(path));
+            return 1;
         }
     }
     return 0;
