@@ -5,8 +5,8 @@
 
 #include <QRect>
 
-#include <functional>
 #include <QTimer>
+#include <functional>
 
 class QScreen;
 
