@@ -37,6 +37,7 @@ constexpr std::chrono::milliseconds oneWay{20};
 /// A clock whose sleep tells that a poll is over.
 class PollClock final : public Clock {
 public:
+    Seconds uptime() const override { return m_real.uptime(); }
     QDateTime now() const override { return QDateTime::currentDateTime(); }
     QCoro::Task<bool> sleepFor(Seconds, std::stop_token stop) override
     {

@@ -1,8 +1,10 @@
-// korvo-attach WORKSPACE.json [--poll SECONDS] - Korvo on a sample workspace that already runs, with settings of its own.
+// korvo-attach WORKSPACE.json [--poll SECONDS] [--notch] - Korvo on a sample workspace that already runs, with settings of
+// its own, around a simulated notch if wanted.
 // The file holds the line that korvo-sandbox prints when it starts. For the benchmark and the end-to-end tests.
 
 #include "KorvoApp.h"
 #include "Platform/Platform.h"
+#include "SimulatedNotch.h"
 #include "WorkspaceSettings.h"
 
 #include <QCommandLineParser>
@@ -10,6 +12,8 @@
 #include <QJsonDocument>
 #include <QTemporaryDir>
 #include <QTextStream>
+
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -21,6 +25,7 @@ int main(int argc, char **argv)
     QCommandLineParser parser;
     parser.addOption({u"poll"_s, u"Seconds between polls."_s, u"seconds"_s, u"30"_s});
     parser.addPositionalArgument(u"workspace"_s, u"The line that korvo-sandbox printed, in a file."_s);
+    parser.addOption({u"notch"_s, u"As on a screen with a camera notch."_s});
     parser.parse(arguments);
 
     QFile file(parser.positionalArguments().value(0));
@@ -32,7 +37,9 @@ int main(int argc, char **argv)
     }
 
     const QTemporaryDir folder;
-    const auto platform = korvo::Platform::create(folder.filePath(u"defaults.json"_s));
+    auto platform = korvo::Platform::create(folder.filePath(u"defaults.json"_s));
+    if (parser.isSet(u"notch"_s))
+        platform = korvo::demo::withSimulatedNotch(std::move(platform));
     korvo::demo::storeSettings(platform->userDefaults(), workspace, parser.value(u"poll"_s).toDouble());
     korvo::demo::redirectRequests(workspace);
     korvo::KorvoApp app(argc, argv, *platform);

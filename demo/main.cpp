@@ -1,10 +1,12 @@
-// korvo-demo [--poll SECONDS] [--fresh] - Korvo on a sample workspace inside the same process, with settings of its own.
+// korvo-demo [--poll SECONDS] [--fresh] [--notch] - Korvo on a sample workspace inside the same process, with settings of
+// its own.
 // Prints the line by which others reach the workspace, as korvo-sandbox does, and reads commands: see DemoCommands.
 // Tells a person whether there is a tray. With --fresh nothing is set up yet, as at a user's first start.
 
 #include "DemoCommands.h"
 #include "KorvoApp.h"
 #include "Platform/Platform.h"
+#include "SimulatedNotch.h"
 #include "WorkspaceSettings.h"
 #include "sandbox/ControlRouter.h"
 #include "sandbox/SandboxServer.h"
@@ -16,6 +18,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -27,10 +30,13 @@ int main(int argc, char **argv)
     QCommandLineParser parser;
     parser.addOption({u"poll"_s, u"Seconds between polls."_s, u"seconds"_s, u"5"_s});
     parser.addOption({u"fresh"_s, u"Sets nothing up."_s});
+    parser.addOption({u"notch"_s, u"As on a screen with a camera notch."_s});
     parser.parse(arguments);
 
     const QTemporaryDir folder;
-    const auto platform = korvo::Platform::create(folder.filePath(u"defaults.json"_s));
+    auto platform = korvo::Platform::create(folder.filePath(u"defaults.json"_s));
+    if (parser.isSet(u"notch"_s))
+        platform = korvo::demo::withSimulatedNotch(std::move(platform));
     auto sandbox = std::make_unique<korvo::sandbox::SandboxServer>();
     // The ids and the key are the same at each start; the port isn't known yet, but no setting holds it.
     if (!parser.isSet(u"fresh"_s)) {

@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "Controllers/NotchWindowController.h"
 #include "Controllers/QuickAddWindowController.h"
 #include "Controllers/SettingsWindow.h"
 #include "Platform/DockTile.h"
@@ -11,7 +12,6 @@
 #include "Platform/Screens.h"
 #include "Platform/SingleInstance.h"
 #include "Platform/StatusItem.h"
-#include "Platform/UserDefaults.h"
 #include "Utilities/DiagnosticLogger.h"
 
 #include <chrono>
@@ -71,28 +71,11 @@ void AppDelegate::applicationDidFinishLaunching()
     m_platform.notificationCenter().requestAuthorization();
     m_timerVM.startPollingIfConfigured();
 
-    const bool hasNotch = hasPhysicalNotch();
-    Log::info(u"Physical notch detected: "_s + (hasNotch ? u"true"_s : u"false"_s));
-    if (hasNotch) {
-        chooseNotchOnFirstRun();
-    } else {
-        m_settings.setUseNotchUI(false);
-        Log::info(u"No notch — menu bar mode only"_s);
-    }
+    decideAboutNotch();
+    connect(&m_platform.screens(), &Screens::changed, this, &AppDelegate::screenDidChange);
     m_quickAddController = std::make_shared<QuickAddWindowController>(m_timerVM, m_platform);
     registerGlobalHotkey();
     Log::info(u"App launch complete"_s);
-}
-
-/// The notch interface is switched on once for every user of a machine with a notch; afterwards the saved value stands.
-void AppDelegate::chooseNotchOnFirstRun()
-{
-    const QString key = u"hasSetNotchDefault4"_s;
-    UserDefaults &defaults = m_platform.userDefaults();
-    if (defaults.boolean(key).value_or(false))
-        return;
-    m_settings.setUseNotchUI(true);
-    defaults.set({{key, true}});
 }
 
 void AppDelegate::applicationWillTerminate()
@@ -100,20 +83,30 @@ void AppDelegate::applicationWillTerminate()
     Log::info(u"App terminating — applicationWillTerminate"_s);
     m_hotkeyService.unregister();
     dismissMenuPanel();
+    endSettings();
     if (m_quickAddController)
         m_quickAddController->dismiss();
+    if (m_notchController)
+        m_notchController->hide();
+    disconnect(&m_platform.screens(), nullptr, this, nullptr); // Nothing is shown any more.
     m_statusBarTimer.stop();
     m_platform.dockTile().setContent(std::nullopt); // A tile with a timer in it doesn't outlive the run.
     m_timerVM.stopPolling();
     m_menuFollowsTimer = {}; // A poll that is under way still ends, and there is no item any more that shows it.
     m_menuFollowsLoading = {};
     m_statusItem.reset();
+    // An action may keep the process for some seconds more: a start meanwhile is the program's own again.
+    disconnect(&m_platform.singleInstance(), nullptr, this, nullptr);
+    disconnect(&m_platform.dockTile(), nullptr, this, nullptr);
+    m_platform.singleInstance().release();
 }
 
 /// All that moves on the desktop, once a second: no change of state needs longer to show there.
 void AppDelegate::tick()
 {
     updateStatusBarAppearance();
+    if (m_notchController)
+        m_notchController->updateForTimerState();
     updateDockIcon();
 }
 
@@ -131,7 +124,8 @@ void AppDelegate::installCrashHandlers()
 bool AppDelegate::hasPhysicalNotch() const
 {
     const auto screens = m_platform.screens().screens();
-    return !screens.isEmpty() && screens.first().topSafeAreaInset > 0;
+    const auto screen = screens.isEmpty() ? m_platform.screens().mainScreen() : std::optional(screens.first());
+    return screen && screen->topSafeAreaInset > 0;
 }
 
 bool AppDelegate::isNotchActive() const

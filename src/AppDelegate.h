@@ -5,6 +5,7 @@
 
 #include <QColor>
 #include <QObject>
+#include <QRect>
 #include <QTimer>
 
 #include <memory>
@@ -13,6 +14,7 @@ namespace korvo {
 
 class KeyGrabber;
 class MouseMonitor;
+class NotchWindowController;
 class Panel;
 class Platform;
 class SettingsWindow;
@@ -43,6 +45,11 @@ public:
     /// Whether the first screen has a camera housing at its top.
     bool hasPhysicalNotch() const;
 
+    /// Makes the panel around the notch, in place of a former one.
+    void setupNotchUI();
+    /// Takes it down, if it is there.
+    void teardownNotchUI();
+
     /// Opens the settings, or brings their window to the front. The menu panel closes first.
     void openSettings();
 
@@ -52,11 +59,20 @@ public:
     /// Lets the program stand in the Dock, or not, as the settings say.
     void updateDockIconVisibility();
 
+protected:
+    /// Sees the end coming before the windows are closed for it.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void installCrashHandlers();
-    void chooseNotchOnFirstRun();
+    void endSettings();
     void tick();
+
+    // The notch.
+    void decideAboutNotch();
+    void chooseNotchOnFirstRun();
     bool isNotchActive() const;
+    void screenDidChange();
 
     // The status item.
     void updateStatusBarAppearance();
@@ -69,6 +85,7 @@ private:
     void togglePopover();
     void openMenuPanel();
     void dismissMenuPanel();
+    bool isMenuPanelInSight() const;
 
     // The Dock.
     void updateDockIcon();
@@ -81,6 +98,7 @@ private:
     TimerViewModel m_timerVM;
     std::unique_ptr<StatusItem> m_statusItem;
     std::unique_ptr<Panel> m_menuPanel;               ///< There while it is open.
+    QRect m_menuPanelFrame;                           ///< Its place.
     std::unique_ptr<MouseMonitor> m_menuPanelMonitor; ///< The same.
     std::unique_ptr<SettingsWindow> m_settingsWindow; ///< The last one that was opened.
     QTimer m_statusBarTimer{this};
@@ -88,9 +106,10 @@ private:
     QPropertyNotifier m_menuFollowsLoading;
     bool m_previouslyRunning = false;                               ///< Whether the last update showed a running timer.
     std::shared_ptr<QuickAddWindowController> m_quickAddController; ///< Since the launch.
+    std::unique_ptr<NotchWindowController> m_notchController;       ///< There while the notch interface is up.
     std::unique_ptr<KeyGrabber> m_keyGrabber;
     GlobalHotkeyService m_hotkeyService;
-    int m_lastDockMinute = -1; ///< Last drawn in the Dock; -1 while no timer stands there.
+    qint64 m_lastDockMinute = -1; ///< Last drawn in the Dock; -1 while no timer stands there.
 };
 
 } // namespace korvo

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace korvo {
 
@@ -15,8 +16,8 @@ namespace {
 
 constexpr double secondsPerHour = 3600.0;
 constexpr int secondsPerMinute = 60;
-constexpr int minutesPerHour = 60;
-constexpr int mostMinutesShown = 99; // Longer times stand there as hours.
+constexpr qint64 minutesPerHour = 60;
+constexpr qint64 mostMinutesShown = 99; // Longer times stand there as hours.
 
 } // namespace
 
@@ -27,11 +28,11 @@ void AppDelegate::updateDockIcon()
     const auto &entry = m_timerVM.activeTimer();
     if (entry && entry->status == TimerEntry::TimerStatus::running) {
         const double elapsed = elapsedSeconds(*entry);
-        const int minutes = int(elapsed / secondsPerMinute);
+        const auto minutes = qint64(elapsed / secondsPerMinute);
         if (minutes == m_lastDockMinute)
             return;
         m_lastDockMinute = minutes;
-        const QString text = minutes <= mostMinutesShown ? QString::asprintf("%02d", minutes)
+        const QString text = minutes <= mostMinutesShown ? QString::asprintf("%02lld", minutes)
                                                          : QString::number(minutes / minutesPerHour) + u'h';
         m_platform.dockTile().setContent(makeDockIconImage(text, colorForElapsed(elapsed), elapsed));
     } else if (m_lastDockMinute != -1) {
@@ -46,7 +47,7 @@ DockTileContent AppDelegate::makeDockIconImage(const QString &text, const QColor
         .size = dockIconSize,
         .draw = [text, ringColor, elapsed](
                     QPainter &painter, const QSizeF &size) { drawDockIcon(painter, size, text, ringColor, elapsed); },
-        .minutes = std::max(0, int(elapsed / secondsPerMinute)),
+        .minutes = int(std::clamp(elapsed / secondsPerMinute, 0.0, double(std::numeric_limits<int>::max()))),
         .progress = std::clamp(std::fmod(elapsed, secondsPerHour) / secondsPerHour, 0.0, 1.0),
     };
 }

@@ -8,13 +8,22 @@
 #include "Utilities/DiagnosticLogger.h"
 #include "Utilities/Spawn.h"
 
+#include <QSessionManager>
+
 namespace korvo {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
 constexpr int endMilliseconds = 2000; // Enough for every stopped coroutine; a hung system call is not waited for.
+
+void neverRestart(QSessionManager &manager)
+{
+    manager.setRestartHint(QSessionManager::RestartNever);
 }
+
+} // namespace
 
 KorvoApp::Shared::Shared(Platform &platform)
 {
@@ -37,6 +46,11 @@ KorvoApp::KorvoApp(int &argc, char **argv, Platform &platform) : m_shared(platfo
     QApplication::setDesktopFileName(u"com.korvo.app"_s);
     m_delegate = std::make_unique<AppDelegate>(platform);
     QApplication::setQuitOnLastWindowClosed(m_delegate->applicationShouldTerminateAfterLastWindowClosed());
+    // A saved session besides the login item would start the program twice.
+    QObject::connect(&m_application, &QGuiApplication::commitDataRequest, &m_application, neverRestart,
+                     Qt::DirectConnection);
+    QObject::connect(&m_application, &QGuiApplication::saveStateRequest, &m_application, neverRestart,
+                     Qt::DirectConnection);
     QObject::connect(&m_application, &QCoreApplication::aboutToQuit, m_delegate.get(),
                      &AppDelegate::applicationWillTerminate);
 }

@@ -12,11 +12,13 @@
 #include <QPainterPath>
 #include <QPointer>
 
+#include <algorithm>
+
 namespace korvo {
 
 void AppDelegate::togglePopover()
 {
-    if (m_menuPanel && m_menuPanel->isVisible()) {
+    if (isMenuPanelInSight()) {
         dismissMenuPanel();
         return;
     }
@@ -26,10 +28,12 @@ void AppDelegate::togglePopover()
 /// Built anew each time: the view starts fresh, and nothing is kept of a panel that nobody sees.
 void AppDelegate::openMenuPanel()
 {
-    if (!m_statusItem || (m_menuPanel && m_menuPanel->isVisible()))
+    if (!m_statusItem || isMenuPanelInSight())
         return;
+    dismissMenuPanel(); // One that is out of sight.
     const auto placement = placeMenuPanel(m_statusItem->button(), m_platform.screens().screens());
     m_menuPanel = m_platform.makePanel({});
+    m_menuPanelFrame = placement.frame;
     m_menuPanel->setFrame(placement.frame);
     const auto openTheSettings = [self = QPointer(this)] {
         if (self)
@@ -47,6 +51,18 @@ void AppDelegate::openMenuPanel()
     m_menuPanel->orderFront();
     m_menuPanelMonitor = m_platform.makeMouseMonitor();
     connect(m_menuPanelMonitor.get(), &MouseMonitor::mouseDown, this, &AppDelegate::dismissMenuPanel);
+}
+
+/// Whether it is open where a user can see it. A monitor that goes leaves its panel where no screen is: the next click
+/// is to show one, not to close what nobody sees.
+bool AppDelegate::isMenuPanelInSight() const
+{
+    if (!m_menuPanel || !m_menuPanel->isVisible())
+        return false;
+    const auto screens = m_platform.screens().screens();
+    return screens.isEmpty() || std::ranges::any_of(screens, [this](const Screen &screen) {
+               return screen.geometry.intersects(QRectF(m_menuPanelFrame));
+           });
 }
 
 void AppDelegate::dismissMenuPanel()

@@ -4,6 +4,8 @@
 #include "Platform/Platform.h"
 #include "Views/SettingsView.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QPointer>
 
 namespace korvo {
@@ -32,6 +34,21 @@ void AppDelegate::openSettings()
         new SettingsView(m_timerVM, m_settings, m_transport, m_clock, m_platform.screens(), callbacks));
     window->bringToFront();
     m_settingsWindow = std::move(window);
+    QCoreApplication::instance()->installEventFilter(this);
+}
+
+bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Quit)
+        endSettings();
+    return QObject::eventFilter(watched, event);
+}
+
+/// The window goes with the program, and its going must not begin to poll again.
+void AppDelegate::endSettings()
+{
+    if (m_settingsWindow)
+        m_settingsWindow->view().endWithoutPoll();
 }
 
 } // namespace korvo

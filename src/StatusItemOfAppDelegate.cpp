@@ -64,6 +64,8 @@ void AppDelegate::updateStatusBarAppearance()
     updateToolTip();
 }
 
+/// It tells why the last poll failed, on purpose: the item shows only the warning and the panel only its banner, so
+/// that this is the one place where a user finds the reason.
 void AppDelegate::updateToolTip()
 {
     const auto &entry = m_timerVM.activeTimer();

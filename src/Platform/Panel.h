@@ -29,6 +29,10 @@ public:
     /// Where the panel stands, in logical pixels, y growing downwards.
     virtual void setFrame(const QRect &frame) = 0;
 
+    /// Where alone the panel may be seen, for one whose frame changes many times a second: its window stands there once
+    /// and for all, and the frame moves within it. Empty, as at the start, for a window that follows the frame.
+    virtual void setRoom(const QRect &room) = 0;
+
     /// What of the frame is there to be seen and clicked, in the frame's own coordinates; the rest lets clicks through.
     /// The shadow follows it.
     virtual void setShape(const QPainterPath &shape) = 0;
@@ -37,6 +41,11 @@ public:
     virtual void orderFront() = 0;
     virtual void orderOut() = 0;
     virtual bool isVisible() const = 0;
+
+signals:
+    /// The pointer has come to what is to be seen of the panel, or that to the pointer; and they have parted.
+    void pointerEntered();
+    void pointerLeft();
 };
 
 } // namespace korvo

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QList>
+#include <QObject>
+#include <QPointF>
 #include <QRectF>
 
 #include <optional>
@@ -17,9 +19,10 @@ struct Screen {
 };
 
 /// The screens that the desktop has at the moment.
-class Screens {
+class Screens : public QObject {
+    Q_OBJECT
 public:
-    virtual ~Screens() = default;
+    using QObject::QObject;
 
     /// All screens, the one that holds the desktop's bar first; empty if there is none.
     virtual QList<Screen> screens() const = 0;
@@ -27,6 +30,14 @@ public:
     /// The screen where the user works: that of the window which has the keyboard, of whatever program, else that of the
     /// pointer, else the first. None if there is no screen.
     virtual std::optional<Screen> mainScreen() const = 0;
+
+    /// Where the pointer is, in the same coordinates.
+    virtual QPointF pointerPosition() const = 0;
+
+signals:
+    /// Screens have come, gone, moved, or got another size, scale or order, and the desktop has settled since. A change
+    /// of its bars alone doesn't count.
+    void changed();
 };
 
 } // namespace korvo

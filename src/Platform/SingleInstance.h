@@ -14,6 +14,9 @@ public:
     /// show itself, and this one should end.
     virtual bool claim() = 0;
 
+    /// Gives the place up: whoever starts from now on is the only one. Free if it was never claimed.
+    virtual void release() = 0;
+
 signals:
     /// The program was started once more.
     void activationRequested();

@@ -8,7 +8,7 @@
 
 namespace korvo {
 
-/// The time of day and the two kinds of waiting. One for the process, an own one in tests.
+/// The time of day, time as such, and the two kinds of waiting. One for the process, an own one in tests.
 class Clock {
 public:
     using Seconds = std::chrono::duration<double>;
@@ -17,6 +17,9 @@ public:
 
     /// The present instant in the local time zone, to the millisecond.
     virtual QDateTime now() const = 0;
+
+    /// Seconds on the clock that `pauseFor` waits on, from whatever moment: for what lasts fractions of a second.
+    virtual Seconds uptime() const = 0;
 
     /// Waits on a clock that goes on while the machine is suspended. True when the time has passed, false as soon as
     /// `stop` is requested. Nothing or less than nothing to wait ends at the next turn of the event loop.

@@ -3,13 +3,17 @@
 #include "Views/Theme.h"
 
 #include <QFont>
+#include <QFontMetricsF>
 #include <QPainter>
 #include <QPen>
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace korvo {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -23,6 +27,25 @@ constexpr int textSize = 22;
 constexpr double secondsPerHour = 3600;
 constexpr double leastProgress = 0.01;
 constexpr int sixteenths = 16; // The unit of QPainter's angles.
+
+/// Every digit in the room of the widest one, so that the text keeps its width while the minutes pass.
+void drawInCells(QPainter &painter, const QRectF &area, const QString &text)
+{
+    const QFontMetricsF metrics(painter.font(), painter.device());
+    double cell = 0;
+    for (const auto digit : u"0123456789"_s)
+        cell = std::max(cell, metrics.horizontalAdvance(digit));
+    const auto widthOf
+        = [&](QChar character) { return character.isDigit() ? cell : metrics.horizontalAdvance(character); };
+    const double width = std::accumulate(text.begin(), text.end(), 0.0,
+                                         [&](double sum, QChar character) { return sum + widthOf(character); });
+    double x = area.center().x() - width / 2;
+    for (const auto character : text) {
+        painter.drawText(QRectF(x, area.top(), widthOf(character), area.height()), Qt::AlignCenter | Qt::TextDontClip,
+                         QString(character));
+        x += widthOf(character);
+    }
+}
 
 } // namespace
 
@@ -51,7 +74,7 @@ void drawDockIcon(QPainter &painter, const QSizeF &size, const QString &text, co
     font.setWeight(QFont::Bold);
     painter.setFont(font);
     painter.setPen(Qt::white);
-    painter.drawText(all, Qt::AlignCenter | Qt::TextSingleLine, text);
+    drawInCells(painter, all, text);
 }
 
 } // namespace korvo

@@ -99,7 +99,8 @@ void SettingsView::showDetail()
 bool SettingsView::hasPhysicalNotch() const
 {
     const auto screens = m_screens.screens();
-    return !screens.isEmpty() && screens.first().topSafeAreaInset > 0;
+    const auto screen = screens.isEmpty() ? m_screens.mainScreen() : std::optional(screens.first());
+    return screen && screen->topSafeAreaInset > 0;
 }
 
 QSize SettingsView::minimumSizeHint() const
@@ -130,7 +131,7 @@ void SettingsView::showEvent(QShowEvent *event)
 void SettingsView::hideEvent(QHideEvent *event)
 {
     QWidget::hideEvent(event);
-    if (!event->spontaneous())
+    if (m_pollsAfterwards && !event->spontaneous())
         m_timerVM.startPollingIfConfigured();
 }
 

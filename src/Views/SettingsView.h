@@ -45,6 +45,9 @@ public:
     QSize minimumSizeHint() const override;
     QSize sizeHint() const override { return minimumSizeHint(); }
 
+    /// Lets it disappear without a poll, as at the end of the program.
+    void endWithoutPoll() { m_pollsAfterwards = false; }
+
 protected:
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
@@ -79,6 +82,7 @@ private:
     QProperty<bool> m_hasPhysicalNotch{false};
     SettingsSidebar *m_sidebar;
     QStackedWidget *m_detail;
+    bool m_pollsAfterwards = true;
 };
 
 } // namespace korvo

@@ -13,6 +13,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace korvo;
@@ -57,10 +58,11 @@ private slots:
     void init();
     void cleanup();
 
-    void launchWritesItsLinesInOrder();
+    void launchDoesAllInOrder();
     void itemIsNeverBlank();
     void permissionForNotificationsIsAskedOnceAtLaunch();
-    void endWritesItsLinesInOrderAndTakesTheItemAway();
+    void endTakesAllDownInOrder();
+    void aStartAfterTheEndIsItsOwn();
     void aRunningTimerIsNotStoppedAtTheEnd();
     void closingTheLastWindowDoesNotEndTheProgram();
     void signalsAreLoggedAtFaultLevel();
@@ -115,6 +117,9 @@ private:
     /// Lets a poll see an entry that began so many seconds ago; then the program is launched.
     void launchWithTimer(double elapsed, const QString &status = u"Running"_s);
     void launch();
+    std::shared_ptr<EventList> events() const { return m_world->platform.events; }
+    /// Has the events tell where the timer of the tick starts and stops.
+    void watchTheTick();
     /// Waits until the loop sleeps.
     void settle() { QTRY_VERIFY(m_world->platform.fakeClock.sleeperCount() > 0); }
 
@@ -132,6 +137,7 @@ void AppDelegateTest::init()
 
 void AppDelegateTest::cleanup()
 {
+    events()->beforeEach = nullptr;
     m_world->delegate.reset();
     QVERIFY(finishSpawned(2000));
     m_world.reset();
@@ -157,14 +163,31 @@ void AppDelegateTest::launchWithTimer(double elapsed, const QString &status)
     launch();
 }
 
-void AppDelegateTest::launchWritesItsLinesInOrder()
+void AppDelegateTest::watchTheTick()
 {
+    const auto isTicking = [this] {
+        const auto *tick = m_world->delegate->findChild<QTimer *>(u"statusBarTimer"_s);
+        return tick && tick->isActive();
+    };
+    events()->beforeEach = [this, isTicking, was = isTicking()]() mutable {
+        if (std::exchange(was, isTicking()) != was)
+            events()->all.append(was ? u"tick started"_s : u"tick stopped"_s);
+    };
+}
+
+void AppDelegateTest::launchDoesAllInOrder()
+{
+    notion().events = events();
+    watchTheTick();
+    m_world->settings.settings.setShowDockIcon(true);
     m_world->delegate->applicationDidFinishLaunching();
     QCOMPARE(
-        m_world->platform.fakeLog.lines,
-        QStringList({u"INFO App launched — applicationDidFinishLaunching"_s, u"INFO Status item created"_s,
-                     u"INFO Polling started"_s, u"INFO Physical notch detected: false"_s,
-                     u"INFO No notch — menu bar mode only"_s,
+        events()->all,
+        QStringList({u"INFO App launched — applicationDidFinishLaunching"_s, u"exception handler"_s,
+                     u"signal handler"_s, u"status item made"_s, u"image symbol timer"_s, u"INFO Status item created"_s,
+                     u"tick started"_s, u"tile present"_s, u"authorization"_s, u"INFO Polling started"_s, trackerQuery,
+                     u"POST /databases/tasks/query"_s, u"INFO Physical notch detected: false"_s,
+                     u"INFO No notch — menu bar mode only"_s, u"key install"_s, u"key grab"_s,
                      u"INFO Global hotkey registered (keyCode: 45, modifiers: 768)"_s, u"INFO App launch complete"_s}));
 }
 
@@ -187,15 +210,37 @@ void AppDelegateTest::permissionForNotificationsIsAskedOnceAtLaunch()
     QVERIFY(m_world->platform.fakeNotifications.shown.isEmpty()); // Reminders are off.
 }
 
-void AppDelegateTest::endWritesItsLinesInOrderAndTakesTheItemAway()
+void AppDelegateTest::endTakesAllDownInOrder()
 {
-    launch();
-    m_world->platform.fakeLog.lines.clear();
+    m_world->settings.settings.setShowDockIcon(true);
+    launchWithTimer(600);
+    QTRY_VERIFY(m_world->platform.fakeDockTile.content);
+    item().click();
+    QVERIFY(m_world->platform.panel->isVisible());
+    m_world->platform.fakeClock.arePausesInstant = true;
+    m_world->platform.keyGrabber->press();
+    QTRY_VERIFY(m_world->platform.inputPanel && m_world->platform.inputPanel->isVisible());
+
+    watchTheTick();
+    events()->all.clear();
     m_world->delegate->applicationWillTerminate();
-    QTRY_COMPARE(m_world->platform.fakeLog.lines,
-                 QStringList({u"INFO App terminating — applicationWillTerminate"_s, u"INFO Polling stopped"_s,
+    QTRY_COMPARE(events()->all,
+                 QStringList({u"INFO App terminating — applicationWillTerminate"_s, u"key ungrab"_s, u"key uninstall"_s,
+                              u"panel orderOut"_s, u"quick add orderOut"_s, u"tick stopped"_s, u"tile none"_s,
+                              u"INFO Polling stopped"_s, u"status item gone"_s, u"name released"_s,
                               u"INFO Polling task finished (cancelled: true)"_s}));
     QVERIFY(m_world->platform.statusItem.isNull());
+}
+
+void AppDelegateTest::aStartAfterTheEndIsItsOwn()
+{
+    launch();
+    QCOMPARE(m_world->platform.fakeSingleInstance.releaseCount, 0);
+    m_world->delegate->applicationWillTerminate();
+    QCOMPARE(m_world->platform.fakeSingleInstance.releaseCount, 1);
+    m_world->platform.fakeSingleInstance.startAgain(); // On its way already.
+    m_world->platform.fakeDockTile.click();
+    QCOMPARE(m_world->platform.panelCount, 0);
 }
 
 void AppDelegateTest::aRunningTimerIsNotStoppedAtTheEnd()
@@ -334,6 +379,8 @@ void AppDelegateTest::withANotchActiveTheItemShowsTheSymbolOnly()
 void AppDelegateTest::aNotchWithoutItsInterfaceLeavesTheRing()
 {
     m_world->platform.fakeScreens.setSingle(QRectF(0, 0, 1512, 982), 32);
+    m_world->platform.fakeDefaults.set({{u"hasSetNotchDefault4"_s, true}});
+    m_world->settings.settings.setUseNotchUI(false);
     launchWithTimer(60);
     QCOMPARE(item().title, u" 0:01:00"_s);
 }

@@ -24,6 +24,9 @@ private slots:
     void theEndClosesIt();
     void anotherStartOfTheProgramOpensIt();
     void anotherStartLeavesAnOpenPanelAlone();
+    void aPanelOnAMonitorThatHasGoneIsReplaced_data();
+    void aPanelOnAMonitorThatHasGoneIsReplaced();
+    void aPanelIsClosedByAClickWhileNoScreenIsKnown();
     void contentStandsAtTheUpperEdge();
     void contentStandsAtTheLowerEdgeWhereThePanelOpensUpwards();
     void shapeFollowsTheHeightOfTheContent();
@@ -122,6 +125,49 @@ void MenuPanelTest::anotherStartLeavesAnOpenPanelAlone()
     app().platform.fakeSingleInstance.startAgain();
     QVERIFY(first && first->isVisible());
     QCOMPARE(app().platform.panel, first);
+}
+
+void MenuPanelTest::aPanelOnAMonitorThatHasGoneIsReplaced_data()
+{
+    QTest::addColumn<bool>("isByClick");
+    QTest::newRow("by one click") << true;
+    QTest::newRow("by another start") << false;
+}
+
+void MenuPanelTest::aPanelOnAMonitorThatHasGoneIsReplaced()
+{
+    QFETCH(const bool, isByClick);
+    app().launch();
+    auto &screens = app().platform.fakeScreens.all;
+    screens.append({QRectF(1280, 0, 1920, 1080), 0, QRectF(1280, 24, 1920, 1056)});
+    app().item().place = QRect(2800, 0, 24, 24);
+    app().item().click();
+    const QPointer<FakePanel> first = &panel();
+    const QPointer<FakeMouseMonitor> monitor = app().platform.mouseMonitor;
+    QVERIFY(screens.last().geometry.contains(QRectF(first->frame)));
+
+    screens.removeLast();
+    app().item().place = QRect(700, 0, 24, 24);
+    if (isByClick)
+        app().item().click();
+    else
+        app().platform.fakeSingleInstance.startAgain();
+    QVERIFY(&panel() != first);
+    QVERIFY(panel().isVisible());
+    QVERIFY(screens.first().geometry.contains(QRectF(panel().frame)));
+    QTRY_VERIFY(first.isNull() && monitor.isNull());
+    app().item().click();
+    QTRY_VERIFY(app().platform.panel.isNull());
+}
+
+void MenuPanelTest::aPanelIsClosedByAClickWhileNoScreenIsKnown()
+{
+    app().launch();
+    app().item().click();
+    app().platform.fakeScreens.all.clear();
+    app().item().click();
+    QTRY_VERIFY(app().platform.panel.isNull());
+    QCOMPARE(app().platform.panelCount, 1);
 }
 
 void MenuPanelTest::contentStandsAtTheUpperEdge()

@@ -34,6 +34,7 @@ private slots:
     void closingItLeavesTheProgramRunning();
     void closingItPollsAtOnce();
     void closingItUnconfiguredLeavesNoPolling();
+    void quittingWithItOpenDoesNotBeginToPoll();
     void itOpensWithoutADockIconToo();
     void theDockFollowsItsToggle();
     void aRecordedShortcutIsRegistered();
@@ -303,6 +304,22 @@ void SettingsWindowTest::aLoadUnderWayAtTheEndOfTheProgramEnds()
     app().delegate->applicationWillTerminate();
     app().delegate.reset();
     QVERIFY(finishSpawned(2000));
+}
+
+void SettingsWindowTest::quittingWithItOpenDoesNotBeginToPoll()
+{
+    app().launch();
+    open();
+    app().settle();
+    app().platform.fakeLog.lines.clear();
+    QEvent quit(QEvent::Quit);
+    QCoreApplication::sendEvent(QCoreApplication::instance(), &quit); // The toolkit closes all windows.
+    QVERIFY(!windows().first()->isVisible());
+    app().delegate->applicationWillTerminate();
+    QVERIFY(finishSpawned(2000));
+    QCOMPARE(app().platform.fakeLog.lines,
+             QStringList({u"INFO App terminating — applicationWillTerminate"_s, u"INFO Polling stopped"_s,
+                          u"INFO Polling task finished (cancelled: true)"_s}));
 }
 
 QTEST_MAIN(SettingsWindowTest)

@@ -78,7 +78,8 @@ bool AttachedKorvo::startKorvo(double pollSeconds)
     m_korvo->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_korvo->setProcessEnvironment(environment());
     m_korvo->start(qEnvironmentVariable("KORVO_ATTACH"),
-                   {m_folder.filePath(u"workspace.json"_s), u"--poll"_s, QString::number(pollSeconds)});
+                   QStringList{m_folder.filePath(u"workspace.json"_s), u"--poll"_s, QString::number(pollSeconds)}
+                       + arguments);
     return QTest::qWaitFor([this] { return isInTray(); }, patience)
         && !(m_item = findTrayItem(m_korvo->processId())).isEmpty();
 }

@@ -43,6 +43,8 @@ public:
     /// The name of the task that runs in the workspace; several are joined by "|".
     QString runningTask();
 
+    QStringList arguments; ///< More of Korvo's command line.
+
     bool isInTray() const;
     QString property(const QString &name) const; ///< Of the tray's item.
     int seconds() const;                         ///< That the label shows; -1 without a clock.

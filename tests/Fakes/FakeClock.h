@@ -23,6 +23,7 @@ public:
     explicit FakeClock(QDateTime start = QDateTime(QDate(2026, 11, 21), QTime(9, 30))) : m_now(std::move(start)) { }
 
     QDateTime now() const override { return m_now; }
+    Seconds uptime() const override { return Seconds(m_uptime); }
     QCoro::Task<bool> sleepFor(Seconds duration, std::stop_token stop) override
     {
         return waitFor(Kind::sleep, duration.count(), std::move(stop));
@@ -36,6 +37,7 @@ public:
     void advance(double seconds)
     {
         m_now = m_now.addMSecs(qRound64(seconds * 1000));
+        m_uptime += seconds;
         const auto sleepers = m_sleepers;
         for (const auto &sleeper : sleepers) {
             if (sleeper.wakeAt <= m_now)
@@ -70,6 +72,7 @@ private:
             co_return false;
         if (isInstant || (arePausesInstant && kind == Kind::pause)) {
             m_now = m_now.addMSecs(qRound64(seconds * 1000));
+            m_uptime += seconds;
             done.complete(true);
         } else {
             m_sleepers.append({m_now.addMSecs(qRound64(seconds * 1000)), done});
@@ -79,6 +82,7 @@ private:
     }
 
     QDateTime m_now;
+    double m_uptime = 0;
     QList<Sleeper> m_sleepers;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Fakes/EventList.h"
 #include "Platform/DockTile.h"
 
 #include <QList>
@@ -12,11 +13,13 @@ class FakeDockTile final : public DockTile {
 public:
     void setPresent(bool isPresentNow) override
     {
+        note(events, isPresentNow ? QStringLiteral("tile present") : QStringLiteral("tile absent"));
         calls.append(isPresentNow ? QStringLiteral("present") : QStringLiteral("absent"));
         isPresent = isPresentNow;
     }
     void setContent(const std::optional<DockTileContent> &newContent) override
     {
+        note(events, newContent ? QStringLiteral("tile drawn") : QStringLiteral("tile none"));
         calls.append(newContent ? QStringLiteral("content") : QStringLiteral("no content"));
         content = newContent;
         contents.append(newContent);
@@ -28,6 +31,7 @@ public:
     std::optional<DockTileContent> content;
     QList<std::optional<DockTileContent>> contents; ///< Of each call, in order.
     QStringList calls;
+    std::shared_ptr<EventList> events; ///< Shared with the other fakes, if at all.
 };
 
 } // namespace korvo

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Fakes/EventList.h"
 #include "Platform/InputPanel.h"
 
 #include <QPointer>
@@ -61,6 +62,7 @@ public:
     }
     void orderOut() override
     {
+        note(events, QStringLiteral("quick add orderOut"));
         calls.append(QStringLiteral("orderOut"));
         window.hide();
     }
@@ -75,6 +77,7 @@ public:
     QRect frame;
     QPainterPath shape;
     QStringList calls;
+    std::shared_ptr<EventList> events; ///< Shared with the other fakes, if at all.
 };
 
 } // namespace korvo

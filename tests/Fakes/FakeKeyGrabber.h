@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Fakes/EventList.h"
 #include "Platform/KeyGrabber.h"
 
 #include <QList>
@@ -15,18 +16,21 @@ class FakeKeyGrabber final : public KeyGrabber {
 public:
     int install() override
     {
+        note(events, QStringLiteral("key install"));
         calls.append(QStringLiteral("install"));
         isInstalled = installStatus == ok;
         return installStatus;
     }
     void uninstall() override
     {
+        note(events, QStringLiteral("key uninstall"));
         calls.append(QStringLiteral("uninstall"));
         isInstalled = false;
         held.reset();
     }
     int grab(quint32 keyCode, quint32 modifiers) override
     {
+        note(events, QStringLiteral("key grab"));
         calls.append(QStringLiteral("grab"));
         asked.append({keyCode, modifiers});
         held.reset();
@@ -36,6 +40,7 @@ public:
     }
     void ungrab() override
     {
+        note(events, QStringLiteral("key ungrab"));
         calls.append(QStringLiteral("ungrab"));
         held.reset();
     }
@@ -58,6 +63,7 @@ public:
     std::optional<std::pair<quint32, quint32>> held; ///< The key that is held, with its modifiers.
     QList<std::pair<quint32, quint32>> asked;
     QStringList calls;
+    std::shared_ptr<EventList> events; ///< Shared with the other fakes, if at all.
 };
 
 } // namespace korvo

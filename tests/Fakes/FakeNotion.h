@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Fakes/EventList.h"
 #include "Services/HttpTransport.h"
 #include "Utilities/Completion.h"
 
@@ -29,6 +30,7 @@ public:
         const auto call = QString::fromLatin1(request.method) + u' ' + request.url.path().mid(3); // Without "/v1".
         if (std::exchange(throwsNext, false))
             throw std::runtime_error("no memory for it");
+        note(events, call);
         asked.append({call, QJsonDocument::fromJson(request.body.value_or(QByteArray())).object()});
         Completion<bool> go;
         if (isHolding)
@@ -95,6 +97,7 @@ public:
     bool isHolding = false;
     bool isOffline = false;
     bool throwsNext = false;
+    std::shared_ptr<EventList> events; ///< Shared with the other fakes, if at all.
 
 private:
     QMap<QString, QList<HttpResponse>> m_answers;

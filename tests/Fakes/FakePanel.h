@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Fakes/EventList.h"
 #include "Platform/Panel.h"
 
 #include <QList>
@@ -36,6 +37,11 @@ public:
         if (content)
             content->setGeometry(window.rect());
     }
+    void setRoom(const QRect &newRoom) override
+    {
+        calls.append(QStringLiteral("setRoom"));
+        room = newRoom;
+    }
     void setShape(const QPainterPath &newShape) override
     {
         calls.append(QStringLiteral("setShape"));
@@ -49,19 +55,34 @@ public:
     }
     void orderOut() override
     {
+        note(events, QStringLiteral("panel orderOut"));
         calls.append(QStringLiteral("orderOut"));
         m_isVisible = false;
         window.hide();
     }
     bool isVisible() const override { return m_isVisible; }
 
+    /// The pointer comes or goes; a panel that isn't there tells nobody.
+    void enter()
+    {
+        if (m_isVisible)
+            emit pointerEntered();
+    }
+    void leave()
+    {
+        if (m_isVisible)
+            emit pointerLeft();
+    }
+
     const PanelStyle style;
     QWidget &window = *new QWidget; ///< Holds the content.
     QPointer<QWidget> content;
     QRect frame;
+    QRect room;
     QList<QRect> frames; ///< Of each call, in order.
     QPainterPath shape;
     QStringList calls;
+    std::shared_ptr<EventList> events; ///< Shared with the other fakes, if at all.
 
 private:
     bool m_isVisible = false;

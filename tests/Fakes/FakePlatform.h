@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Fakes/EventList.h"
 #include "Fakes/FakeClock.h"
 #include "Fakes/FakeDockTile.h"
 #include "Fakes/FakeInputPanel.h"
@@ -23,8 +24,16 @@
 namespace korvo {
 
 /// A desktop made of fakes.
-class FakePlatform final : public Platform {
+class FakePlatform : public Platform {
 public:
+    FakePlatform()
+    {
+        fakeLog.events = events;
+        fakeNotifications.events = events;
+        fakeSingleInstance.events = events;
+        fakeDockTile.events = events;
+    }
+
     Clock &clock() override { return fakeClock; }
     SystemLog &systemLog() override { return fakeLog; }
     UserDefaults &userDefaults() override { return fakeDefaults; }
@@ -38,18 +47,22 @@ public:
     {
         auto item = std::make_unique<FakeStatusItem>();
         statusItem = item.get();
+        item->events = events;
+        note(events, QStringLiteral("status item made"));
         return item;
     }
     std::unique_ptr<KeyGrabber> makeKeyGrabber() override
     {
         auto grabber = std::make_unique<FakeKeyGrabber>();
         keyGrabber = grabber.get();
+        grabber->events = events;
         return grabber;
     }
     std::unique_ptr<Panel> makePanel(const PanelStyle &style) override
     {
         auto made = std::make_unique<FakePanel>(style);
         panel = made.get();
+        made->events = events;
         ++panelCount;
         return made;
     }
@@ -57,6 +70,7 @@ public:
     {
         auto made = std::make_unique<FakeInputPanel>();
         inputPanel = made.get();
+        made->events = events;
         ++inputPanelCount;
         return made;
     }
@@ -66,9 +80,18 @@ public:
         mouseMonitor = monitor.get();
         return monitor;
     }
-    void setSignalHandler(void (*handler)(int)) override { signalHandler = handler; }
-    void setExceptionHandler(void (*handler)(const UncaughtException &)) override { exceptionHandler = handler; }
+    void setSignalHandler(void (*handler)(int)) override
+    {
+        note(events, QStringLiteral("signal handler"));
+        signalHandler = handler;
+    }
+    void setExceptionHandler(void (*handler)(const UncaughtException &)) override
+    {
+        note(events, QStringLiteral("exception handler"));
+        exceptionHandler = handler;
+    }
 
+    const std::shared_ptr<EventList> events = std::make_shared<EventList>(); ///< What all of them were told.
     FakeClock fakeClock;
     FakeSystemLog fakeLog;
     FakeUserDefaults fakeDefaults;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Fakes/EventList.h"
 #include "Platform/SingleInstance.h"
 
 namespace korvo {
@@ -13,11 +14,19 @@ public:
         return isOnly;
     }
 
+    void release() override
+    {
+        note(events, QStringLiteral("name released"));
+        ++releaseCount;
+    }
+
     /// Starts the program once more.
     void startAgain() { emit activationRequested(); }
 
     bool isOnly = true;
     int claimCount = 0;
+    int releaseCount = 0;
+    std::shared_ptr<EventList> events; ///< Shared with the other fakes, if at all.
 };
 
 } // namespace korvo

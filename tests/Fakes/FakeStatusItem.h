@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Fakes/EventList.h"
 #include "Platform/StatusItem.h"
 
 #include <QStringList>
@@ -11,8 +12,11 @@ namespace korvo {
 /// A status item that remembers what it was told, and that a test clicks.
 class FakeStatusItem final : public StatusItem {
 public:
+    ~FakeStatusItem() override { note(events, QStringLiteral("status item gone")); }
+
     void setImage(const StatusImage &newImage) override
     {
+        note(events, QStringLiteral("image ") + newImage.key);
         image = newImage;
         imageKeys.append(newImage.key);
     }
@@ -59,6 +63,7 @@ public:
     QList<StatusMenuEntry> menu;
     QStringList imageKeys; ///< Of each call, in order.
     QStringList titles;
+    std::shared_ptr<EventList> events; ///< Shared with the other fakes, if at all.
 
 private:
     bool m_isShown = true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Fakes/EventList.h"
 #include "Utilities/DiagnosticLogger.h"
 #include "Utilities/SystemLog.h"
 
@@ -17,6 +18,7 @@ public:
 
     void write(Level level, const QByteArray &message) override
     {
+        note(events, word(level) + QString::fromUtf8(message));
         lines.append(word(level) + QString::fromUtf8(message));
     }
 
@@ -32,6 +34,7 @@ public:
     }
 
     QStringList lines;
+    std::shared_ptr<EventList> events; ///< Shared with the other fakes, if at all.
 
 private:
     static QString word(Level level)

@@ -46,6 +46,10 @@ private slots:
     void theSecondIsToldSoAndTheFirstHearsIt();
     void theNameIsFreeAfterADeath();
     void theNameIsFreeOnceTheObjectHasGone();
+    void afterAReleaseTheNextProcessIsTheOnlyOne();
+    void aReleaseIsFreeWithoutAClaimAndTheClaimCanBeRepeated();
+    void theObjectIsGoneAfterARelease();
+    void anActivationMayLeadToARelease();
     void aFirstThatHangsIsStillTheFirst();
     void theDesktopMayActivateIt();
     void filesAndActionsAreRefused_data();
@@ -125,6 +129,66 @@ void BusSingleInstanceTest::theNameIsFreeOnceTheObjectHasGone()
     QVERIFY(!isTaken());
     BusSingleInstance instance;
     QVERIFY(instance.claim());
+}
+
+void BusSingleInstanceTest::afterAReleaseTheNextProcessIsTheOnlyOne()
+{
+    BusSingleInstance instance;
+    QSignalSpy requested(&instance, &SingleInstance::activationRequested);
+    QVERIFY(instance.claim());
+    instance.release();
+    QProcess next;
+    start(next);
+    QCOMPARE(answerOf(next), true);
+    QCOMPARE(requested.count(), 0);
+    QVERIFY(!instance.claim()); // It is the other's now.
+    next.kill();
+    QVERIFY(next.waitForFinished());
+}
+
+void BusSingleInstanceTest::aReleaseIsFreeWithoutAClaimAndTheClaimCanBeRepeated()
+{
+    BusSingleInstance instance;
+    instance.release();
+    QVERIFY(!isTaken());
+    QVERIFY(instance.claim());
+    instance.release();
+    instance.release();
+    QVERIFY(!isTaken());
+    QVERIFY(instance.claim());
+    QVERIFY(isTaken());
+    QSignalSpy requested(&instance, &SingleInstance::activationRequested);
+    QProcess second;
+    start(second);
+    QCOMPARE(answerOf(second), false);
+    QCOMPARE(requested.count(), 1); // The object of the second claim has its path.
+    QTRY_COMPARE(second.state(), QProcess::NotRunning);
+}
+
+void BusSingleInstanceTest::theObjectIsGoneAfterARelease()
+{
+    BusSingleInstance instance;
+    QVERIFY(instance.claim());
+    instance.release();
+    const auto bus = QDBusConnection::sessionBus();
+    auto message = QDBusMessage::createMethodCall(bus.baseService(), u"/com/korvo/app"_s,
+                                                  u"org.freedesktop.Application"_s, u"Activate"_s);
+    message << QVariantMap();
+    QDBusPendingCallWatcher asked(bus.asyncCall(message));
+    QTRY_VERIFY(asked.isFinished());
+    QVERIFY(asked.isError());
+}
+
+void BusSingleInstanceTest::anActivationMayLeadToARelease()
+{
+    BusSingleInstance instance;
+    connect(&instance, &SingleInstance::activationRequested, &instance, &SingleInstance::release);
+    QVERIFY(instance.claim());
+    QProcess second;
+    start(second);
+    QCOMPARE(answerOf(second), false);
+    QTRY_COMPARE(second.state(), QProcess::NotRunning);
+    QTRY_VERIFY(!isTaken());
 }
 
 void BusSingleInstanceTest::aFirstThatHangsIsStillTheFirst()

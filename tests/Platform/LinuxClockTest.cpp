@@ -80,6 +80,7 @@ private slots:
     void aStopEndsAWaitAtOnce();
     void aStopBeforehandMeansNoWait_data();
     void aStopBeforehandMeansNoWait();
+    void uptimeCountsAPause();
     void waitsDoNotDisturbEachOther();
     void aWaitOutlivesItsClock();
     void sleepsCountSuspensionAndPausesDoNot();
@@ -240,6 +241,14 @@ void LinuxClockTest::aStopBeforehandMeansNoWait()
     m_stop.request_stop();
     await(&m_clock, wait, 3600, m_stop.get_token(), &m_outcome);
     QTRY_COMPARE(m_outcome, Outcome::stopped);
+}
+
+void LinuxClockTest::uptimeCountsAPause()
+{
+    const auto before = m_clock.uptime();
+    await(&m_clock, Wait(&Clock::pauseFor), 0.01, m_stop.get_token(), &m_outcome);
+    QTRY_COMPARE(m_outcome, Outcome::passed);
+    QVERIFY((m_clock.uptime() - before).count() >= 0.01);
 }
 
 void LinuxClockTest::waitsDoNotDisturbEachOther()

@@ -1,19 +1,38 @@
 #include "Platform/Linux/QtScreens.h"
 
+#include <QCursor>
 #include <QGuiApplication>
+#include <QProcess>
 #include <QScreen>
+#include <QSignalSpy>
 #include <QTest>
 
 using namespace korvo;
 using namespace Qt::StringLiterals;
 
+namespace {
+
+bool xrandr(const QStringList &arguments)
+{
+    QProcess process; // What it has to say is of no use.
+    process.start(u"xrandr"_s, arguments);
+    return process.waitForFinished() && process.exitCode() == 0;
+}
+
+} // namespace
+
 class QtScreensTest : public QObject {
     Q_OBJECT
 private slots:
+    void cleanup();
+
     void theScreenOfTheDesktopIsThere();
     void theMainScreenIsThatOfTheActiveWindow_data();
     void theMainScreenIsThatOfTheActiveWindow();
     void anExternalScreenOfALaptopWithAHousingHasNoInset();
+    void pluggingAScreenIsToldOnceItHasSettled();
+    void anotherSizeIsTold();
+    void thePointerIsWhereItIs();
 };
 
 void QtScreensTest::theScreenOfTheDesktopIsThere()
@@ -47,6 +66,48 @@ void QtScreensTest::theMainScreenIsThatOfTheActiveWindow()
     const QtScreens screens(QStringList(), [&] { return activeWindow; });
     QCOMPARE(screens.mainScreen(), std::optional(screens.screens().first()));
     QVERIFY(!screens.mainScreen()->available.isEmpty());
+}
+
+void QtScreensTest::cleanup()
+{
+    xrandr({u"--delmonitor"_s, u"left"_s});
+    xrandr({u"--delmonitor"_s, u"right"_s});
+    xrandr({u"--output"_s, u"screen"_s, u"--mode"_s, u"1280x800"_s});
+    QTRY_COMPARE(QGuiApplication::screens().size(), 1);
+    QTRY_COMPARE(QGuiApplication::primaryScreen()->geometry(), QRect(0, 0, 1280, 800));
+}
+
+/// One monitor is cut in two, as far as programs can see.
+void QtScreensTest::pluggingAScreenIsToldOnceItHasSettled()
+{
+    const QtScreens screens{QStringList()};
+    QSignalSpy changed(&screens, &Screens::changed);
+    QVERIFY(xrandr({u"--setmonitor"_s, u"left"_s, u"640/169x800/211+0+0"_s, u"screen"_s}));
+    QVERIFY(xrandr({u"--setmonitor"_s, u"right"_s, u"640/169x800/211+640+0"_s, u"none"_s}));
+    QTRY_COMPARE(screens.screens().size(), 2);
+    QTRY_VERIFY(!changed.isEmpty());
+    QCOMPARE(screens.screens().first().geometry, QRectF(0, 0, 640, 800));
+    QCOMPARE(screens.screens().last().geometry, QRectF(640, 0, 640, 800));
+    changed.clear();
+    QVERIFY(xrandr({u"--delmonitor"_s, u"right"_s}));
+    QTRY_COMPARE(screens.screens().size(), 1);
+    QVERIFY(changed.isEmpty()); // Not within the toolkit's own notice.
+    QTRY_VERIFY(!changed.isEmpty());
+}
+
+void QtScreensTest::anotherSizeIsTold()
+{
+    const QtScreens screens{QStringList()};
+    QSignalSpy changed(&screens, &Screens::changed);
+    QVERIFY(xrandr({u"--output"_s, u"screen"_s, u"--mode"_s, u"2560x1600"_s}));
+    QTRY_VERIFY(!changed.isEmpty());
+    QCOMPARE(screens.screens().first().geometry, QRectF(0, 0, 2560, 1600));
+}
+
+void QtScreensTest::thePointerIsWhereItIs()
+{
+    QCursor::setPos(123, 45);
+    QTRY_COMPARE(QtScreens(QStringList()).pointerPosition(), QPointF(123, 45));
 }
 
 QTEST_MAIN(QtScreensTest)

@@ -104,6 +104,7 @@ private slots:
     void theOtherProgramKeepsTheKeyboardWhileAButtonIsClicked();
     void clicksOutsideOfTheShapeGoThrough();
     void clicksOutsideOfANewShapeGoThrough();
+    void itIsAboveAFullScreenWindow_data();
     void itIsAboveAFullScreenWindow();
     void itIsOnEveryWorkspace();
     void theTaskListDoesNotHaveIt();
@@ -259,9 +260,17 @@ void X11PanelTest::clicksOutsideOfANewShapeGoThrough()
     QTRY_COMPARE(colorAt(frame.topLeft()), red);
 }
 
+void X11PanelTest::itIsAboveAFullScreenWindow_data()
+{
+    QTest::addColumn<bool>("isAboveEverything");
+    QTest::newRow("the panel of the tray") << false;
+    QTest::newRow("the panel around a notch") << true;
+}
+
 void X11PanelTest::itIsAboveAFullScreenWindow()
 {
-    m_panel = makePanel({.hasShadow = false, .isAboveEverything = true});
+    QFETCH(const bool, isAboveEverything);
+    m_panel = makePanel({.hasShadow = !isAboveEverything, .isAboveEverything = isAboveEverything});
     m_panel->orderFront();
     QVERIFY(m_other->showFocusedWindow());
     QVERIFY(m_other->makeFullScreen());

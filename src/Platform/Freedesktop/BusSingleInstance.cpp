@@ -6,6 +6,7 @@
 #include <QVariantMap>
 
 #include <chrono>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -45,9 +46,15 @@ class BusSingleInstance::Object final : public QDBusVirtualObject {
 public:
     Object(QDBusConnection bus, BusSingleInstance &owner) : m_bus(std::move(bus)), m_owner(owner)
     {
-        m_bus.registerVirtualObject(objectPath, this);
+        m_isThere = m_bus.registerVirtualObject(objectPath, this);
     }
-    ~Object() override { m_bus.unregisterObject(objectPath); }
+    ~Object() override { withdraw(); }
+
+    void withdraw()
+    {
+        if (std::exchange(m_isThere, false))
+            m_bus.unregisterObject(objectPath);
+    }
 
     bool takeName() { return m_hasName = m_bus.registerService(serviceName); }
     void giveNameBack()
@@ -104,6 +111,7 @@ private:
     QDBusConnection m_bus;
     BusSingleInstance &m_owner;
     bool m_hasName = false;
+    bool m_isThere = false; ///< At its path on the bus.
 };
 
 BusSingleInstance::BusSingleInstance(Bus bus, QObject *parent) : SingleInstance(parent), m_bus(bus) { }
@@ -112,6 +120,16 @@ BusSingleInstance::~BusSingleInstance()
 {
     if (m_object)
         m_object->giveNameBack();
+}
+
+void BusSingleInstance::release()
+{
+    if (!m_object)
+        return;
+    m_object->giveNameBack();
+    // Not at once: an activation that is being handled may have led here. Nobody finds it by the name any more.
+    m_object->withdraw();
+    m_object.release()->deleteLater();
 }
 
 bool BusSingleInstance::claim()

@@ -22,6 +22,7 @@ public:
     ~BusSingleInstance() override;
 
     bool claim() override;
+    void release() override;
 
 private:
     class Object;

@@ -104,6 +104,11 @@ QDateTime LinuxClock::now() const
     return QDateTime::currentDateTime();
 }
 
+Clock::Seconds LinuxClock::uptime() const
+{
+    return std::chrono::steady_clock::now().time_since_epoch(); // CLOCK_MONOTONIC.
+}
+
 QCoro::Task<bool> LinuxClock::sleepFor(Seconds duration, std::stop_token stop)
 {
     return waitOn(CLOCK_BOOTTIME, duration, std::move(stop));

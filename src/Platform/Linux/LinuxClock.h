@@ -8,6 +8,7 @@ namespace korvo {
 class LinuxClock final : public Clock {
 public:
     QDateTime now() const override;
+    Seconds uptime() const override;
 
     /// Waits on CLOCK_BOOTTIME: after a suspension in which the time has passed it ends at once. Durations of more than
     /// a century count as a century. Source: timerfd_create(2).

@@ -2,7 +2,13 @@
 
 #include <QCursor>
 #include <QGuiApplication>
+#include <QMetaMethod>
 #include <QScreen>
+
+#include <chrono>
+#include <utility>
+
+using namespace std::chrono_literals;
 
 namespace korvo {
 
@@ -31,7 +37,19 @@ const QScreen *screenOf(const QRect &window)
     return found;
 }
 
+/// A change comes in several steps, of which the first ones find the screens as they were.
+constexpr std::chrono::milliseconds settleTime = 150ms;
+
 } // namespace
+
+QtScreens::QtScreens(QStringList machine, ActiveWindow activeWindow) :
+    m_machine(std::move(machine)),
+    m_activeWindow(std::move(activeWindow))
+{
+    m_settled.setSingleShot(true);
+    m_settled.setInterval(settleTime);
+    connect(&m_settled, &QTimer::timeout, this, &QtScreens::changed);
+}
 
 Screen QtScreens::describe(const QScreen &screen) const
 {
@@ -58,6 +76,38 @@ std::optional<Screen> QtScreens::mainScreen() const
     if (!screen)
         screen = QGuiApplication::primaryScreen();
     return screen ? std::optional(describe(*screen)) : std::nullopt;
+}
+
+QPointF QtScreens::pointerPosition() const
+{
+    return QCursor::pos();
+}
+
+void QtScreens::connectNotify(const QMetaMethod &signal)
+{
+    if (signal == QMetaMethod::fromSignal(&Screens::changed) && qGuiApp && !std::exchange(m_isWatching, true))
+        watch();
+}
+
+void QtScreens::watch()
+{
+    const auto restart = [this] { m_settled.start(); };
+    connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, restart);
+    connect(qGuiApp, &QGuiApplication::screenRemoved, this, restart);
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, [this](const QScreen *screen) {
+        watchScreen(screen);
+        m_settled.start();
+    });
+    const auto screens = QGuiApplication::screens();
+    for (const QScreen *screen : screens)
+        watchScreen(screen);
+}
+
+void QtScreens::watchScreen(const QScreen *screen)
+{
+    const auto restart = [this] { m_settled.start(); };
+    connect(screen, &QScreen::geometryChanged, this, restart);
+    connect(screen, &QScreen::logicalDotsPerInchChanged, this, restart);
 }
 
 } // namespace korvo

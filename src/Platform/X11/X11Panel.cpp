@@ -9,7 +9,9 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QRegion>
+#include <QTransform>
 #include <QWidget>
+#include <QWindow>
 
 #include <optional>
 
@@ -135,7 +137,7 @@ void X11Panel::setContent(std::unique_ptr<QWidget> content)
     m_content = content.release();
     if (m_content) {
         m_content->setParent(m_window);
-        m_content->setGeometry(QRect(m_frame.topLeft() - m_window->pos(), m_frame.size()));
+        m_content->setGeometry(m_frame.translated(-windowPlace().topLeft()));
         m_content->show();
     }
     layOut();
@@ -145,6 +147,12 @@ void X11Panel::setContent(std::unique_ptr<QWidget> content)
 void X11Panel::setFrame(const QRect &frame)
 {
     m_frame = frame;
+    layOut();
+}
+
+void X11Panel::setRoom(const QRect &room)
+{
+    m_room = room;
     layOut();
 }
 
@@ -158,6 +166,7 @@ void X11Panel::orderFront()
 {
     if (!isVisible()) {
         m_window->winId(); // The native window: it has its shape before anybody sees it.
+        m_window->windowHandle()->installEventFilter(this);
         layOut();
         m_window->show();
     }
@@ -175,9 +184,24 @@ bool X11Panel::isVisible() const
     return m_window->isVisible();
 }
 
+/// Of the native window only: widgets are told of a pointer that left long ago when others are shown at its last place.
+bool X11Panel::eventFilter(QObject *watched, QEvent *event)
+{
+    if (isVisible() && event->type() == QEvent::Enter)
+        emit pointerEntered();
+    else if (isVisible() && event->type() == QEvent::Leave)
+        emit pointerLeft();
+    return Panel::eventFilter(watched, event);
+}
+
 QMargins X11Panel::margins() const
 {
     return m_style.hasShadow && m_compositor.isRunning() ? panelShadowMargins : QMargins();
+}
+
+QRect X11Panel::windowPlace() const
+{
+    return (m_room.isEmpty() ? m_frame : m_room).marginsAdded(margins());
 }
 
 QPainterPath X11Panel::shapeInWindow() const
@@ -185,15 +209,16 @@ QPainterPath X11Panel::shapeInWindow() const
     QPainterPath shape = m_shape;
     if (shape.isEmpty())
         shape.addRect(QRectF(QPointF(), m_frame.size()));
-    return shape.translated(margins().left(), margins().top());
+    return shape.translated(m_frame.topLeft() - windowPlace().topLeft());
 }
 
 void X11Panel::layOut()
 {
-    m_window->setGeometry(m_frame.marginsAdded(margins()));
+    const QRect place = windowPlace();
+    m_window->setGeometry(place);
     if (m_content)
-        m_content->setGeometry(QRect(QPoint(margins().left(), margins().top()), m_frame.size()));
-    m_rim->setGeometry(QRect(QPoint(), m_window->size()));
+        m_content->setGeometry(m_frame.translated(-place.topLeft()));
+    m_rim->setGeometry(QRect(QPoint(), place.size()));
     applyShape();
 }
 
@@ -207,6 +232,15 @@ void X11Panel::applyShape()
 
 void X11Panel::applyNativeShape()
 {
+    if (!m_window->internalWinId())
+        return;
+    const double scale = m_window->devicePixelRatioF();
+    const NativeShape wanted{xcb_window_t(m_window->internalWinId()),
+                             QTransform::fromScale(scale, scale).map(shapeInWindow()),
+                             (QSizeF(m_window->size()) * scale).toSize(), m_compositor.isRunning()};
+    if (wanted == m_nativeShape)
+        return;
+    m_nativeShape = wanted;
     setWindowShape(*m_window, shapeInWindow(), !m_compositor.isRunning());
 }
 

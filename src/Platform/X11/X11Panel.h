@@ -21,16 +21,29 @@ public:
 
     void setContent(std::unique_ptr<QWidget> content) override;
     void setFrame(const QRect &frame) override;
+    void setRoom(const QRect &room) override;
     void setShape(const QPainterPath &shape) override;
     void orderFront() override;
     void orderOut() override;
     bool isVisible() const override;
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     class Window;
     class Rim;
+    /// What the X server was told of the shape, in device pixels.
+    struct NativeShape {
+        quint32 window = 0;
+        QPainterPath path;
+        QSize size;
+        bool isComposited = false;
+        bool operator==(const NativeShape &) const = default;
+    };
 
     QMargins margins() const;
+    QRect windowPlace() const;
     QPainterPath shapeInWindow() const;
     void layOut();
     void applyShape();
@@ -40,7 +53,9 @@ private:
     const std::shared_ptr<PanelStack> m_stack;
     CompositorWatch m_compositor;
     QRect m_frame;
+    QRect m_room;         ///< Empty for the frame.
     QPainterPath m_shape; ///< Empty for the whole frame.
+    NativeShape m_nativeShape;
     Window *m_window;
     Rim *m_rim; ///< A child of the window, above the content.
     QPointer<QWidget> m_content;
