@@ -30,7 +30,14 @@ public:
             screens.first().topSafeAreaInset = inset;
         return screens;
     }
-    std::optional<Screen> mainScreen() const override { return m_real.mainScreen(); }
+    std::optional<Screen> mainScreen() const override
+    {
+        auto screen = m_real.mainScreen();
+        const auto screens = m_real.screens();
+        if (screen && !screens.isEmpty() && *screen == screens.first())
+            screen->topSafeAreaInset = inset;
+        return screen;
+    }
     QPointF pointerPosition() const override { return m_real.pointerPosition(); }
 
 protected:

@@ -75,7 +75,8 @@ NotchWindowController::~NotchWindowController()
 
 void NotchWindowController::setup()
 {
-    Log::info(u"NotchWindowController.setup() — screen: "_s + textOf(menuBarScreen().geometry));
+    Log::info(u"NotchWindowController.setup() — screen: "_s
+              + textOf(m_platform.screens().mainScreen().value_or(Screen()).geometry));
     m_animation.stop(); // It moved the former panel.
     m_panel = m_platform.makePanel({.hasShadow = false, .isAboveEverything = true});
     m_panel->setRoom(notchRoom());
@@ -212,7 +213,7 @@ QRect NotchWindowController::notchRoom() const
 Screen NotchWindowController::menuBarScreen() const
 {
     const auto screens = m_platform.screens().screens();
-    return screens.isEmpty() ? Screen() : screens.first();
+    return screens.isEmpty() ? m_platform.screens().mainScreen().value_or(Screen()) : screens.first();
 }
 
 bool NotchWindowController::hasNotch() const

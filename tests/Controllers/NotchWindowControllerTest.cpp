@@ -35,6 +35,7 @@ private slots:
     void theRoomOfThePanelEndsAtTheEdgeOfTheScreen();
     void thePanelStandsOnTheFirstOfSeveralScreens();
     void theSizesDependOnNoScreen();
+    void withoutAListTheMainScreenStandsIn();
     void noScreensAtAllFailNothing();
     void theShapeFollowsTheFrame();
 
@@ -196,7 +197,10 @@ void NotchWindowControllerTest::thePanelStandsOnTheFirstOfSeveralScreens()
 {
     makeController();
     m_platform->fakeScreens.all = {{QRectF(1920, 300, 1512, 982), 32}, {QRectF(0, 0, 1920, 1080), 0}};
+    m_platform->fakeScreens.main = m_platform->fakeScreens.all.last(); // Of which the log alone tells.
     m_controller->setup();
+    QCOMPARE(m_platform->fakeLog.lines.last(),
+             u"INFO NotchWindowController.setup() — screen: {{0, 0}, {1920, 1080}}"_s);
     QCOMPARE(panel().frame, idleFrame.translated(1920, 300));
     QCOMPARE(panel().room, QRect(2456, 300, 440, 200));
 }
@@ -208,6 +212,15 @@ void NotchWindowControllerTest::theSizesDependOnNoScreen()
     enter();
     pass(1);
     QCOMPARE(panel().frame, QRect(1292, -10, 440, 210));
+}
+
+void NotchWindowControllerTest::withoutAListTheMainScreenStandsIn()
+{
+    makeController();
+    m_platform->fakeScreens.all.clear();
+    m_platform->fakeScreens.main = Screen{screen, 32};
+    m_controller->setup();
+    QCOMPARE(panel().frame, idleFrame);
 }
 
 void NotchWindowControllerTest::noScreensAtAllFailNothing()
