@@ -29,6 +29,7 @@ private slots:
     void aClickOnTheDesktopClosesThePanel();
     void thePanelStopsTheTimerAndStartsATask();
     void theMenuOfTheItemOpensThePanel();
+    void thePowerButtonEndsTheProgram();
 
 private:
     static bool isPanelShown() { return !findOnScreen(theme::stopRed).isEmpty(); }
@@ -92,6 +93,19 @@ void MenuPanelRoadTest::theMenuOfTheItemOpensThePanel()
 {
     QVERIFY(clickTrayMenu(m_world->item(), u"Open"_s));
     QTRY_VERIFY_WITH_TIMEOUT(isPanelShown(), patience);
+}
+
+void MenuPanelRoadTest::thePowerButtonEndsTheProgram()
+{
+    QVERIFY(clickAt(m_ring));
+    QTRY_VERIFY_WITH_TIMEOUT(isPanelShown(), patience);
+    const auto panel = findOnScreen(panelGround);
+    QVERIFY(clickAt({panel.right() - 22, panel.bottom() - 17})); // The last one of the footer.
+    QTRY_COMPARE_WITH_TIMEOUT(m_world->process().state(), QProcess::NotRunning, patience);
+    QCOMPARE(m_world->process().exitStatus(), QProcess::NormalExit);
+    QCOMPARE(m_world->process().exitCode(), 0);
+    QVERIFY(m_world->log().contains(u"[INFO] App terminating — applicationWillTerminate"_s));
+    QVERIFY(!m_world->runningTask().isEmpty()); // The timer goes on in the workspace.
 }
 
 int main(int argc, char **argv)

@@ -15,6 +15,7 @@
 #include "Views/Theme.h"
 #include "Views/Timeline.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -82,6 +83,10 @@ private slots:
     void theFooterOpensTheVendorsSite();
     void thePowerButtonQuitsAtOnce();
     void everyButtonHasANameForScreenReaders();
+    void assistiveProgramsFindAndPressEveryButton_data();
+    void assistiveProgramsFindAndPressEveryButton();
+    void assistiveProgramsStartATask();
+    void theColumnOfTasksHasAName();
     void theKeyboardGoesFromTopToBottom();
     void aChangeOfTheContentTellsTheNewHeight();
 
@@ -644,6 +649,97 @@ void MenuBarViewTest::everyButtonHasANameForScreenReaders()
         + QStringList{u"Stop"_s, u"Open in Notion"_s, u"Retry"_s, u"Settings"_s, u"korvo.app"_s, u"Quit"_s};
     expected.sort();
     QCOMPARE(names, expected);
+}
+
+void MenuBarViewTest::assistiveProgramsFindAndPressEveryButton_data()
+{
+    QTest::addColumn<bool>("isConfigured");
+    QTest::addColumn<QString>("timerOf");
+    QTest::addColumn<bool>("isOffline");
+    QTest::addColumn<bool>("isLoading");
+    QTest::addColumn<QStringList>("disabled");
+    const QString nobody;
+    QTest::newRow("no setup") << false << nobody << false << false << QStringList();
+    QTest::newRow("no timer") << true << nobody << false << false << QStringList();
+    QTest::newRow("a timer locks the other rows")
+        << true << u"t2"_s << false << false << QStringList{sampleTasks.at(0), sampleTasks.at(2)};
+    QTest::newRow("a timer of another task locks every row") << true << u"t9"_s << false << false << sampleTasks;
+    QTest::newRow("a network error") << true << nobody << true << false << QStringList();
+    QTest::newRow("a start under way locks every row") << true << nobody << false << true << sampleTasks;
+    QTest::newRow("a stop under way locks all that acts")
+        << true << u"t1"_s << false << true << sampleTasks + QStringList{u"Stop"_s};
+}
+
+void MenuBarViewTest::assistiveProgramsFindAndPressEveryButton()
+{
+    QFETCH(const bool, isConfigured);
+    QFETCH(const QString, timerOf);
+    QFETCH(const bool, isOffline);
+    QFETCH(const bool, isLoading);
+    QFETCH(QStringList, disabled);
+    if (!timerOf.isEmpty())
+        m_world->showTimer({.taskId = timerOf});
+    m_world->showTasks(sampleTasks);
+    m_world->poll();
+    m_world->notion.isOffline = isOffline;
+    if (isOffline)
+        m_world->poll();
+    if (!isConfigured)
+        m_world->settings.settings.setApiKey({});
+    show();
+    if (isLoading) {
+        hold();
+        auto *pressed = timerOf.isEmpty() ? rows().first() : childIn<PlainButton>(*m_view, u"stop"_s);
+        QTest::mouseClick(pressed, Qt::LeftButton);
+        QVERIFY(viewModel().isLoading());
+    }
+    const auto buttons = visibleIn<PlainButton>(*m_view);
+    QVERIFY(buttons.size() >= 4);
+    QStringList found;
+    for (auto *button : buttons) {
+        auto *told = QAccessible::queryAccessibleInterface(button);
+        QVERIFY(told);
+        const auto name = told->text(QAccessible::Name);
+        QVERIFY(!name.isEmpty());
+        QCOMPARE(told->role(), QAccessible::Button);
+        auto *actions = told->actionInterface();
+        QVERIFY(actions);
+        if (told->state().disabled)
+            found.append(name);
+        QCOMPARE(actions->actionNames().contains(QAccessibleActionInterface::pressAction()), button->isEnabled());
+    }
+    found.sort();
+    disabled.sort();
+    QCOMPARE(found, disabled);
+    release();
+    QTRY_VERIFY(!viewModel().isLoading());
+}
+
+void MenuBarViewTest::assistiveProgramsStartATask()
+{
+    m_world->showTasks(sampleTasks);
+    m_world->poll();
+    show();
+    hold();
+    auto *row = QAccessible::queryAccessibleInterface(m_view->findChild<TaskColumn *>()->rowAt(1));
+    QVERIFY(row);
+    QCOMPARE(row->text(QAccessible::Name), sampleTasks.at(1));
+    row->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    QTRY_COMPARE(m_world->notion.calls().last(), u"POST /pages"_s);
+    const auto task = m_world->notion.asked.last().body[u"properties"_s][u"Task"_s][u"relation"_s][0][u"id"_s];
+    QCOMPARE(task.toString(), u"t2"_s);
+    release();
+    QTRY_VERIFY(!viewModel().isLoading());
+}
+
+void MenuBarViewTest::theColumnOfTasksHasAName()
+{
+    m_world->showTasks(sampleTasks);
+    m_world->poll();
+    show();
+    auto *column = QAccessible::queryAccessibleInterface(m_view->findChild<TaskColumn *>());
+    QVERIFY(column);
+    QCOMPARE(column->text(QAccessible::Name), u"Today's tasks"_s);
 }
 
 void MenuBarViewTest::theKeyboardGoesFromTopToBottom()
