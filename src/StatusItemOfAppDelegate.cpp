@@ -4,7 +4,7 @@
 #include "Utilities/TimeFormatter.h"
 #include "Views/ActivityRing.h"
 #include "Views/Symbols.h"
-#include "Views/Theme.h"
+#include "Views/TimerFigures.h"
 
 #include <QCoreApplication>
 #include <QTextBoundaryFinder>
@@ -103,14 +103,7 @@ void AppDelegate::updateStatusMenu()
 
 QColor AppDelegate::colorForElapsed(double elapsed)
 {
-    const double hours = elapsed / secondsPerHour;
-    if (hours < 1)
-        return theme::systemGreen;
-    if (hours < 2)
-        return theme::systemCyan;
-    if (hours < 4)
-        return theme::systemOrange;
-    return theme::systemRed;
+    return ringColor(elapsed); // All displays of a timer agree.
 }
 
 } // namespace korvo
