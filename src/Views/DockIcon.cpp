@@ -5,6 +5,7 @@
 #include <QFont>
 #include <QFontMetricsF>
 #include <QPainter>
+#include <QPainterPath>
 #include <QPen>
 
 #include <algorithm>
@@ -28,10 +29,12 @@ constexpr double secondsPerHour = 3600;
 constexpr double leastProgress = 0.01;
 constexpr int sixteenths = 16; // The unit of QPainter's angles.
 
-/// Every digit in the room of the widest one, so that the text keeps its width while the minutes pass.
-void drawInCells(QPainter &painter, const QRectF &area, const QString &text)
+/// The outlines of `text` around `centre`, every digit in the room of the widest one, so that the text keeps its width
+/// while the minutes pass. Outlines of one size serve all sizes of the icon: a font of its own for each would stay in
+/// memory.
+QPainterPath outlineInCells(const QPointF &centre, const QString &text, const QFont &font)
 {
-    const QFontMetricsF metrics(painter.font(), painter.device());
+    const QFontMetricsF metrics(font);
     double cell = 0;
     for (const auto digit : u"0123456789"_s)
         cell = std::max(cell, metrics.horizontalAdvance(digit));
@@ -39,12 +42,16 @@ void drawInCells(QPainter &painter, const QRectF &area, const QString &text)
         = [&](QChar character) { return character.isDigit() ? cell : metrics.horizontalAdvance(character); };
     const double width = std::accumulate(text.begin(), text.end(), 0.0,
                                          [&](double sum, QChar character) { return sum + widthOf(character); });
-    double x = area.center().x() - width / 2;
+    const double baseline = centre.y() - metrics.height() / 2 + metrics.ascent();
+    double x = centre.x() - width / 2;
+    QPainterPath outline;
+    outline.setFillRule(Qt::WindingFill);
     for (const auto character : text) {
-        painter.drawText(QRectF(x, area.top(), widthOf(character), area.height()), Qt::AlignCenter | Qt::TextDontClip,
-                         QString(character));
+        const double margins = widthOf(character) - metrics.horizontalAdvance(character);
+        outline.addText(x + margins / 2, baseline, font, QString(character));
         x += widthOf(character);
     }
+    return outline;
 }
 
 } // namespace
@@ -69,12 +76,11 @@ void drawDockIcon(QPainter &painter, const QSizeF &size, const QString &text, co
     painter.setPen(QPen(ringColor, ringWidth, Qt::SolidLine, Qt::RoundCap));
     painter.drawArc(circle, 90 * sixteenths, int(std::lround(-360 * progress * sixteenths)));
 
-    QFont font = painter.font();
+    QFont font;
     font.setPixelSize(textSize);
     font.setWeight(QFont::Bold);
-    painter.setFont(font);
-    painter.setPen(Qt::white);
-    drawInCells(painter, all, text);
+    font.setHintingPreference(QFont::PreferNoHinting);
+    painter.fillPath(outlineInCells(centre, text, font), Qt::white);
 }
 
 } // namespace korvo

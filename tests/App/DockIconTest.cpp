@@ -247,6 +247,7 @@ void DockIconTest::theTextIsBoldAndWhite()
     QFont font = painter.font();
     font.setPixelSize(22);
     font.setBold(true);
+    font.setHintingPreference(QFont::PreferNoHinting); // It would make the strokes a little thicker.
     painter.setFont(font);
     painter.setPen(Qt::white);
     painter.drawText(expected.rect(), Qt::AlignCenter, u"07"_s);
