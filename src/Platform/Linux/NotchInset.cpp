@@ -1,7 +1,6 @@
 #include "Platform/Linux/NotchInset.h"
 
 #include <QFile>
-#include <QRegularExpression>
 #include <QSet>
 
 using namespace Qt::StringLiterals;
@@ -26,13 +25,16 @@ const QSet<QString> &modelsWithHousing()
     return models;
 }
 
+/// The letter after the number tells the chip: j314s has the M1 Pro, j314c the M1 Max.
 bool hasHousing(const QStringList &machine)
 {
-    // The letter after the number tells the chip: j314s has the M1 Pro, j314c the M1 Max.
-    static const QRegularExpression model(u"^apple,(j[0-9]{3})[a-z]?$"_s);
+    constexpr qsizetype numberLength = 4;
     for (const QString &name : machine) {
-        const auto match = model.match(name);
-        if (match.hasMatch() && modelsWithHousing().contains(match.captured(1)))
+        if (!name.startsWith("apple,"_L1))
+            continue;
+        const QString model = name.sliced("apple,"_L1.size());
+        const bool hasChip = model.size() == numberLength + 1 && model.back() >= u'a' && model.back() <= u'z';
+        if ((hasChip || model.size() == numberLength) && modelsWithHousing().contains(model.first(numberLength)))
             return true;
     }
     return false;
