@@ -1,5 +1,6 @@
 #include "Controllers/SettingsWindow.h"
 
+#include "Platform/ProgramIcon.h"
 #include "Views/SettingsView.h"
 #include "Views/Stack.h"
 
@@ -7,6 +8,7 @@
 #include <QGuiApplication>
 #include <QIcon>
 #include <QKeySequence>
+#include <QPixmap>
 #include <QScreen>
 #include <QShortcut>
 
@@ -21,13 +23,12 @@ namespace {
 constexpr QSize askedSize(520, 620); // The content widens it to what it needs.
 constexpr int titleBarHeight = 40;   // About; the window manager's own is known only once the window stands there.
 
-/// That of the icon theme, else our own, for a program that isn't installed.
 QIcon appIcon()
 {
-    QIcon own;
+    QIcon icon;
     for (const int side : {16, 24, 32, 48, 64, 128})
-        own.addFile(u":/icons/hicolor/%1x%1/apps/com.korvo.app.png"_s.arg(side));
-    return QIcon::fromTheme(u"com.korvo.app"_s, own);
+        icon.addPixmap(QPixmap::fromImage(programIcon(side)));
+    return icon;
 }
 
 QScreen *screenOfPointer()

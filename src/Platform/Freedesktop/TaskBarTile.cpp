@@ -1,14 +1,16 @@
 #include "Platform/Freedesktop/TaskBarTile.h"
 
+#include "Platform/ProgramIcon.h"
+
 #include <QApplication>
 #include <QCloseEvent>
 #include <QEvent>
-#include <QIcon>
+#include <QImage>
 #include <QPainter>
-#include <QPixmap>
 #include <QWidget>
 
 #include <array>
+#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <vector>
@@ -16,84 +18,71 @@
 #include <xcb/xcb.h>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace korvo {
 
 namespace {
 
-constexpr std::array pixelSizes{16, 22, 24, 32, 48, 64, 96, 128};
+constexpr auto firstPause = 300ms;
+constexpr std::array iconSides{16, 22, 24, 32, 48, 64, 96, 128};
 
-/// The picture at each size that task bars use. The toolkit hands each of them over `scale` times as large, if there is
-/// one so large.
-QIcon iconOf(const QSizeF &size, const std::function<void(QPainter &, const QSizeF &)> &draw, double scale)
+QImage drawn(const DockTileContent &content, int side)
 {
-    QIcon icon;
-    std::vector<int> sides(pixelSizes.begin(), pixelSizes.end());
-    if (scale > 1)
-        sides.push_back(qRound(pixelSizes.back() * scale));
-    for (const int side : sides) {
-        QPixmap pixmap(side, side);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.scale(pixmap.width() / size.width(), pixmap.height() / size.height());
-        draw(painter, size);
-        painter.end();
-        icon.addPixmap(pixmap);
+    QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(side / content.size.width(), side / content.size.height());
+    content.draw(painter, content.size);
+    return image;
+}
+
+/// The pictures in the form of _NET_WM_ICON: width, height, and the pixels as ARGB, one picture behind the other (the
+/// Extended Window Manager Hints of freedesktop.org).
+std::vector<quint32> iconProperty(const std::vector<QImage> &pictures)
+{
+    std::vector<quint32> numbers;
+    for (const QImage &picture : pictures) {
+        const QImage plain = picture.convertToFormat(QImage::Format_ARGB32);
+        numbers.push_back(quint32(plain.width()));
+        numbers.push_back(quint32(plain.height()));
+        for (int y = 0; y < plain.height(); ++y) {
+            const auto *const line = reinterpret_cast<const QRgb *>(plain.constScanLine(y));
+            numbers.insert(numbers.end(), line, line + plain.width());
+        }
     }
-    return icon;
+    return numbers;
 }
 
-/// The picture of data/icons, for where the icon theme doesn't have it or the toolkit can't read it.
-void drawProgramIcon(QPainter &painter, const QSizeF &)
+xcb_atom_t atom(xcb_connection_t *connection, const char *name)
 {
-    constexpr QColor ring(0x30, 0xd1, 0x58);
-    constexpr QColor track(0x30, 0xd1, 0x58, 0x33);
-    constexpr QRectF circle(63, 63, 130, 130);
-    constexpr int top = 90 * 16;
-    constexpr int minutes42 = -252 * 16;
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(0x1c, 0x1c, 0x1e));
-    painter.drawRoundedRect(QRectF(16, 16, 224, 224), 52, 52);
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(track, 25));
-    painter.drawEllipse(circle);
-    painter.setPen(QPen(ring, 25, Qt::SolidLine, Qt::RoundCap));
-    painter.drawArc(circle, top, minutes42);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(Qt::white);
-    painter.drawEllipse(QPointF(66.18, 148.09), 15, 15);
+    const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
+        xcb_intern_atom_reply(connection, xcb_intern_atom(connection, false, quint16(qstrlen(name)), name), nullptr),
+        &std::free);
+    return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
 }
 
-QIcon programIcon(double scale)
+/// Null where the desktop isn't one of X11: then there is a window, and no more to it than the toolkit knows.
+xcb_connection_t *x11Connection()
 {
-    const QIcon icon = QIcon::fromTheme(u"com.korvo.app"_s);
-    if (!icon.pixmap(pixelSizes.back()).isNull())
-        return icon;
-    return iconOf(QSizeF(256, 256), drawProgramIcon, scale);
+    const auto *const x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
+    return x11 ? x11->connection() : nullptr;
 }
 
 /// Puts a window that has not been shown yet on every workspace.
 void showOnEveryWorkspace(WId window)
 {
-    const auto *const x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (!x11)
+    auto *const connection = x11Connection();
+    if (!connection)
         return;
-    auto *const connection = x11->connection();
-    const auto atom = [connection](const char *name) {
-        const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
-            xcb_intern_atom_reply(connection, xcb_intern_atom(connection, false, quint16(qstrlen(name)), name),
-                                  nullptr),
-            &std::free);
-        return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
-    };
     constexpr quint32 all = 0xffffffff;
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, xcb_window_t(window), atom("_NET_WM_DESKTOP"),
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, xcb_window_t(window), atom(connection, "_NET_WM_DESKTOP"),
                         XCB_ATOM_CARDINAL, 32, 1, &all);
     // Some window managers only heed the one, some the other.
-    const xcb_atom_t sticky = atom("_NET_WM_STATE_STICKY");
-    xcb_change_property(connection, XCB_PROP_MODE_APPEND, xcb_window_t(window), atom("_NET_WM_STATE"), XCB_ATOM_ATOM,
-                        32, 1, &sticky);
+    const xcb_atom_t sticky = atom(connection, "_NET_WM_STATE_STICKY");
+    xcb_change_property(connection, XCB_PROP_MODE_APPEND, xcb_window_t(window), atom(connection, "_NET_WM_STATE"),
+                        XCB_ATOM_ATOM, 32, 1, &sticky);
 }
 
 } // namespace
@@ -141,7 +130,12 @@ private:
     bool m_wasMinimized = false;
 };
 
-TaskBarTile::TaskBarTile(LauncherEntry::Bus bus, QObject *parent) : DockTile(parent), m_launcherEntry(bus) { }
+TaskBarTile::TaskBarTile(LauncherEntry::Bus bus, QObject *parent) : DockTile(parent), m_launcherEntry(bus)
+{
+    m_windowComes.setSingleShot(true);
+    m_windowComes.setInterval(firstPause);
+    connect(&m_windowComes, &QTimer::timeout, this, &TaskBarTile::showWindow);
+}
 
 TaskBarTile::~TaskBarTile()
 {
@@ -150,37 +144,59 @@ TaskBarTile::~TaskBarTile()
 
 void TaskBarTile::setPresent(bool isPresent)
 {
-    if (isPresent == !m_window.isNull())
+    if (isPresent == m_isPresent)
         return;
-    if (!isPresent) {
+    m_isPresent = isPresent;
+    m_launcherEntry.show(isPresent ? m_content : std::nullopt);
+    if (isPresent) {
+        m_windowComes.start();
+        return;
+    }
+    m_windowComes.stop();
+    if (m_window) {
         m_window->hide();
         m_window->deleteLater();
         m_window.clear();
-        m_launcherEntry.show(std::nullopt);
-        return;
     }
+}
+
+void TaskBarTile::showWindow()
+{
     m_window = new Window(*this);
-    updateIcon();
     showOnEveryWorkspace(m_window->winId());
+    updateIcon();
     m_window->showMinimized();
-    m_launcherEntry.show(m_content);
 }
 
 void TaskBarTile::setContent(const std::optional<DockTileContent> &content)
 {
     const bool hadContent = m_content.has_value();
     m_content = content;
-    if (!m_window || (!content && !hadContent))
+    if (!m_isPresent || (!content && !hadContent))
         return;
-    updateIcon();
+    if (m_window)
+        updateIcon();
     m_launcherEntry.show(content);
 }
 
+/// Hands the pictures over by itself: the toolkit would keep a copy of every size for as long as the window is there.
 void TaskBarTile::updateIcon()
 {
-    const double scale = m_window->devicePixelRatioF();
+    auto *const connection = x11Connection();
+    if (!connection)
+        return;
     const bool isDrawn = m_content && m_content->draw && !m_content->size.isEmpty();
-    m_window->setWindowIcon(isDrawn ? iconOf(m_content->size, m_content->draw, scale) : programIcon(scale));
+    std::vector<QImage> pictures;
+    const auto append = [&](int side) { pictures.push_back(isDrawn ? drawn(*m_content, side) : programIcon(side)); };
+    for (const int side : iconSides)
+        append(side);
+    if (const double scale = m_window->devicePixelRatioF(); scale > 1)
+        append(qRound(iconSides.back() * scale));
+    const auto numbers = iconProperty(pictures);
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, xcb_window_t(m_window->winId()),
+                        atom(connection, "_NET_WM_ICON"), XCB_ATOM_CARDINAL, 32, quint32(numbers.size()),
+                        numbers.data());
+    xcb_flush(connection);
 }
 
 } // namespace korvo

@@ -4,12 +4,14 @@
 #include "Platform/Freedesktop/LauncherEntry.h"
 
 #include <QPointer>
+#include <QTimer>
 
 namespace korvo {
 
 /// The program's place in a task bar or dock: a window that is always minimised, so that all there is of it is its icon
 /// and its name. Whoever opens it asks for the program; whoever closes it ends the program. Docks that show a number on
-/// their icons are told it besides.
+/// their icons are told it besides. The window comes a moment after it is asked for, so that a launch brings the
+/// program into the tray first.
 class TaskBarTile final : public DockTile {
     Q_OBJECT
 public:
@@ -23,11 +25,14 @@ public:
 private:
     class Window;
 
+    void showWindow();
     void updateIcon();
 
     std::optional<DockTileContent> m_content;
     LauncherEntry m_launcherEntry;
-    QPointer<Window> m_window; ///< Present while the program is.
+    bool m_isPresent = false;
+    QTimer m_windowComes;
+    QPointer<Window> m_window; ///< Since a moment after the program is present.
 };
 
 } // namespace korvo
