@@ -67,6 +67,8 @@ private slots:
     void itIsInNoTaskListUntilItIsPresent();
     void itIsMinimizedInTheTaskList();
     void itGoesWhenItIsNoLongerPresent();
+    void aLaunchGoesOnBeforeTheWindowComes();
+    void takenBackAtOnceNoWindowComes();
     void theIconIsTheProgramsOwnAtFirst();
     void theContentIsTheIconAtEverySize();
     void theContentOfBeforeShowsWhenItIsPresent();
@@ -144,6 +146,24 @@ void TaskBarTileTest::itGoesWhenItIsNoLongerPresent()
     QTRY_COMPARE(window(), 0u);
     m_tile->setPresent(true);
     QTRY_VERIFY(window() != 0);
+}
+
+void TaskBarTileTest::aLaunchGoesOnBeforeTheWindowComes()
+{
+    m_tile->setPresent(true);
+    QCoreApplication::processEvents();
+    QVERIFY(QApplication::topLevelWidgets().isEmpty());
+    QTRY_VERIFY(window() != 0);
+}
+
+void TaskBarTileTest::takenBackAtOnceNoWindowComes()
+{
+    m_tile->setPresent(true);
+    m_tile->setPresent(false);
+    TaskBarTile later;
+    later.setPresent(true);
+    QTRY_VERIFY(window() != 0);
+    QCOMPARE(QApplication::topLevelWidgets().size(), 1); // The later one's.
 }
 
 void TaskBarTileTest::theIconIsTheProgramsOwnAtFirst()
