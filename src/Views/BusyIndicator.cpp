@@ -32,6 +32,7 @@ BusyIndicator::BusyIndicator(const QColor &color, int size, QWidget *parent) :
 
 void BusyIndicator::showEvent(QShowEvent *)
 {
+    m_step = 0;
     m_timer.start();
 }
 

@@ -14,7 +14,7 @@ inline constexpr std::chrono::milliseconds spokeInterval{100}; ///< A turn in 0.
 /// Draws the spinner after so many intervals.
 void drawSpokes(QPainter &painter, const QRectF &rect, const QColor &color, int step);
 
-/// A small circle of spokes that turns as long as it is shown.
+/// A small circle of spokes that turns as long as it is shown, from the same place each time.
 class BusyIndicator : public QWidget {
     Q_OBJECT
 public:

@@ -6,6 +6,7 @@
 #include "ViewWorld.h"
 #include "Views/ActiveTimerView.h"
 #include "Views/ActivityRing.h"
+#include "Views/BusyIndicator.h"
 #include "Views/DockIcon.h"
 #include "Views/MenuBarView.h"
 #include "Views/SettingsView.h"
@@ -28,7 +29,6 @@ const QStringList sampleTasks{u"Home page layout"_s, u"Answer the printer"_s, u"
 struct State {
     QString name;
     std::function<void(ViewWorld &)> prepare;
-    bool isSteady = true;
 };
 
 const QList<State> &states()
@@ -69,8 +69,7 @@ const QList<State> &states()
              world.poll();
              world.notion.isHolding = true;
              world.viewModel->stopTimer();
-         },
-         false}, // Its indicator turns.
+         }},
     };
     return all;
 }
@@ -100,6 +99,12 @@ QImage pictureOf(QWidget &view, const Alteration &alter)
     settleLayout();
     if (alter)
         alter(view);
+    for (auto *indicator : view.findChildren<BusyIndicator *>()) {
+        if (indicator->isVisible()) { // From its first picture again.
+            indicator->hide();
+            indicator->show();
+        }
+    }
     return view.grab().toImage();
 }
 
@@ -265,7 +270,7 @@ QList<Sample> panels()
     QList<Sample> samples;
     for (const auto &state : states()) {
         const auto draw = [&state](const Alteration &alter) { return drawPanel(state, false, alter); };
-        samples.append({u"panel-"_s + state.name, draw, state.isSteady});
+        samples.append({u"panel-"_s + state.name, draw});
     }
     return samples;
 }
@@ -275,7 +280,7 @@ QList<Sample> focusRings()
     QList<Sample> samples;
     for (const auto &state : states()) {
         const auto draw = [&state](const Alteration &alter) { return drawPanel(state, true, alter); };
-        samples.append({u"panel-"_s + state.name + u"-keyboard"_s, draw, state.isSteady});
+        samples.append({u"panel-"_s + state.name + u"-keyboard"_s, draw});
     }
     return samples;
 }
@@ -287,7 +292,7 @@ QList<Sample> systemViews()
         for (const bool isDark : {true, false}) {
             const auto draw
                 = [&state, isDark](const Alteration &alter) { return drawSystemViews(state, isDark, alter); };
-            samples.append({u"system-"_s + state.name + (isDark ? u"-dark"_s : u"-light"_s), draw, state.isSteady});
+            samples.append({u"system-"_s + state.name + (isDark ? u"-dark"_s : u"-light"_s), draw});
         }
     }
     return samples;
@@ -316,12 +321,7 @@ QList<Sample> faces()
 
 QList<Sample> references()
 {
-    QList<Sample> steady;
-    for (const auto &sample : panels() + systemViews() + faces()) {
-        if (sample.isSteady)
-            steady.append(sample);
-    }
-    return steady;
+    return panels() + systemViews() + faces();
 }
 
 QString fileName(const Sample &sample)

@@ -17,7 +17,6 @@ using Alteration = std::function<void(QWidget &)>;
 struct Sample {
     QString name;
     std::function<QImage(const Alteration &)> draw; ///< At the scale of the screen. What isn't a view is not altered.
-    bool isSteady = true;                           ///< It looks the same whenever it is drawn.
 };
 
 /// Style, font and colours that no desktop's settings reach. To be called once, before anything is drawn.
