@@ -9,10 +9,12 @@
 #include <QPainter>
 #include <QWidget>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdlib>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include <xcb/xcb.h>
@@ -63,11 +65,32 @@ xcb_atom_t atom(xcb_connection_t *connection, const char *name)
     return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
 }
 
-/// Null where the desktop isn't one of X11: then there is a window, and no more to it than the toolkit knows.
+/// Null where the desktop isn't one of X11.
 xcb_connection_t *x11Connection()
 {
     const auto *const x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
     return x11 ? x11->connection() : nullptr;
+}
+
+/// Whether a window that asks for it stays minimised. Tiling window managers have no such state, and tell the toolkit that
+/// they have opened the window: it would lie in the middle of the screen, and the program's panel would open unasked. A
+/// window manager that says nothing, as none that has come yet does, is thought to be able to. Source: Extended Window
+/// Manager Hints of freedesktop.org.
+bool canMinimize()
+{
+    auto *const connection = x11Connection();
+    if (!connection)
+        return false;
+    constexpr quint32 mostNumbers = 1024; // More than any window manager tells.
+    const auto root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+    const auto cookie
+        = xcb_get_property(connection, false, root, atom(connection, "_NET_SUPPORTED"), XCB_ATOM_ATOM, 0, mostNumbers);
+    const std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> reply(
+        xcb_get_property_reply(connection, cookie, nullptr), &std::free);
+    if (!reply || reply->format != 32 || reply->value_len == 0)
+        return true;
+    const std::span all(static_cast<const xcb_atom_t *>(xcb_get_property_value(reply.get())), reply->value_len);
+    return std::ranges::count(all, atom(connection, "_NET_WM_ACTION_MINIMIZE")) > 0;
 }
 
 /// Puts a window that has not been shown yet on every workspace.
@@ -162,6 +185,8 @@ void TaskBarTile::setPresent(bool isPresent)
 
 void TaskBarTile::showWindow()
 {
+    if (!canMinimize())
+        return;
     m_window = new Window(*this);
     showOnEveryWorkspace(m_window->winId());
     updateIcon();

@@ -11,7 +11,8 @@ namespace korvo {
 /// The program's place in a task bar or dock: a window that is always minimised, so that all there is of it is its icon
 /// and its name. Whoever opens it asks for the program; whoever closes it ends the program. Docks that show a number on
 /// their icons are told it besides. The window comes a moment after it is asked for, so that a launch brings the
-/// program into the tray first.
+/// program into the tray first. Where the desktop's window manager can't minimise windows, and under Wayland without X11,
+/// there is none: docks are told, and that is all.
 class TaskBarTile final : public DockTile {
     Q_OBJECT
 public:
