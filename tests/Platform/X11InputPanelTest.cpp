@@ -99,6 +99,7 @@ private slots:
     void makeKeyDoesNotShowAHiddenPanel();
     void noOtherWindowOfTheProgramIsRaised();
     void itIsInNoTaskList();
+    void tilingWindowManagersKnowItForADialogue();
     void itIsOnTheWorkspaceOfTheUser();
     void itIsAboveAFullScreenWindow();
     void theContentMayHaveItDestroyed();
@@ -349,6 +350,14 @@ void X11InputPanelTest::itIsInNoTaskList()
     const auto states = m_other->numbers(panelWindow(), "_NET_WM_STATE");
     for (const char *state : {"_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER", "_NET_WM_STATE_ABOVE"})
         QVERIFY2(states.contains(m_other->atom(state)), state);
+}
+
+void X11InputPanelTest::tilingWindowManagersKnowItForADialogue()
+{
+    showPanel();
+    QVERIFY(getsKeyboard());
+    QCOMPARE(m_other->numbers(panelWindow(), "_NET_WM_WINDOW_TYPE"),
+             QList<quint32>{m_other->atom("_NET_WM_WINDOW_TYPE_DIALOG")});
 }
 
 void X11InputPanelTest::itIsOnTheWorkspaceOfTheUser()

@@ -44,6 +44,19 @@ bool hasKeyboard()
     return reply && isWindowOfOurs(reply->focus);
 }
 
+/// Makes a window that isn't shown yet a dialogue: window managers leave such windows where they are, and tiling ones don't
+/// tile them. Unlike the toolkit's own dialogues it belongs to no other window, so that none is raised with it. The
+/// toolkit's attribute for this has no effect on a frameless window.
+void makeDialogue(xcb_window_t window)
+{
+    auto *const connection = x11Connection();
+    if (!connection)
+        return;
+    const auto type = x11Atom("_NET_WM_WINDOW_TYPE_DIALOG");
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, x11Atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, 32, 1,
+                        &type);
+}
+
 /// Keeps a window that isn't shown yet out of task lists and pagers. The toolkit leaves such states as they are.
 void leaveOutOfLists(xcb_window_t window)
 {
@@ -96,9 +109,6 @@ public:
         setWindowTitle(QGuiApplication::applicationDisplayName()); // For screen readers.
         setAttribute(Qt::WA_TranslucentBackground);
         setAttribute(Qt::WA_QuitOnClose, false);
-        // Window managers leave such windows where they are, and tiling ones don't tile them. Unlike the toolkit's own
-        // dialogues it belongs to no other window, so that none is raised with it.
-        setAttribute(Qt::WA_X11NetWmWindowTypeDialog);
     }
 
     void leave() { m_panel = nullptr; }
@@ -172,7 +182,9 @@ void X11InputPanel::makeKeyAndOrderFront()
 {
     if (!isVisible()) {
         m_hasHadKeyboard = false;
-        leaveOutOfLists(xcb_window_t(m_window->winId())); // The native window: all is set before anybody sees it.
+        const auto native = xcb_window_t(m_window->winId()); // All is set before anybody sees it.
+        makeDialogue(native);
+        leaveOutOfLists(native);
         layOut();
         m_window->show();
     }
