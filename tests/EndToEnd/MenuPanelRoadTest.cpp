@@ -16,6 +16,12 @@ namespace {
 constexpr int patience = AttachedKorvo::patience;
 constexpr QColor panelGround(20, 20, 20);
 
+/// A length of the panel's in pixels of the screen.
+int scaled(int length)
+{
+    return qRound(length * qApp->devicePixelRatio());
+}
+
 } // namespace
 
 /// The menu panel as a user has it: real clicks on the tray, on the panel and beside it.
@@ -83,7 +89,7 @@ void MenuPanelRoadTest::thePanelStopsTheTimerAndStartsATask()
     QTRY_COMPARE_WITH_TIMEOUT(m_world->runningTask(), QString(), patience);
     QTRY_VERIFY_WITH_TIMEOUT(!isPanelShown(), patience); // The card has given way, the panel stays.
     const auto panel = findOnScreen(panelGround);
-    QVERIFY(clickAt({panel.center().x(), panel.top() + 110})); // A row of today's tasks.
+    QVERIFY(clickAt({panel.center().x(), panel.top() + scaled(110)})); // A row of today's tasks.
     QTRY_VERIFY_WITH_TIMEOUT(!m_world->runningTask().isEmpty(), patience);
     QTRY_VERIFY_WITH_TIMEOUT(isPanelShown(), patience);
     QTRY_VERIFY_WITH_TIMEOUT(m_world->seconds() >= 0 && m_world->seconds() < 60, patience);
@@ -100,7 +106,7 @@ void MenuPanelRoadTest::thePowerButtonEndsTheProgram()
     QVERIFY(clickAt(m_ring));
     QTRY_VERIFY_WITH_TIMEOUT(isPanelShown(), patience);
     const auto panel = findOnScreen(panelGround);
-    QVERIFY(clickAt({panel.right() - 22, panel.bottom() - 17})); // The last one of the footer.
+    QVERIFY(clickAt({panel.right() - scaled(22), panel.bottom() - scaled(17)})); // The last one of the footer.
     QTRY_COMPARE_WITH_TIMEOUT(m_world->process().state(), QProcess::NotRunning, patience);
     QCOMPARE(m_world->process().exitStatus(), QProcess::NormalExit);
     QCOMPARE(m_world->process().exitCode(), 0);

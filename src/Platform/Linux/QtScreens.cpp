@@ -54,8 +54,10 @@ QtScreens::QtScreens(QStringList machine, ActiveWindow activeWindow) :
 Screen QtScreens::describe(const QScreen &screen) const
 {
     const double scale = screen.devicePixelRatio();
-    return {screen.geometry(), notchInset(m_machine, screen.name(), deviceGeometry(screen).size(), scale),
-            screen.availableGeometry()};
+    // A program of Wayland's can't have a window beside the housing, or anywhere of its own choice.
+    const bool isPlaceable = !QGuiApplication::platformName().startsWith(u"wayland");
+    const double inset = isPlaceable ? notchInset(m_machine, screen.name(), deviceGeometry(screen).size(), scale) : 0;
+    return {screen.geometry(), inset, screen.availableGeometry()};
 }
 
 QList<Screen> QtScreens::screens() const
