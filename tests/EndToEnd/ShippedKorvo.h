@@ -22,6 +22,9 @@ public:
     /// Sets a variable of the environment that it will start in.
     void setVariable(const QString &name, const QString &value) { m_environment.insert(name, value); }
 
+    /// The folder of state that it has been told of; empty if it can keep no log. Else that is below its home folder.
+    void setLogFolder(const QString &state) { m_state = state; }
+
     /// Starts it, and waits until it has launched and the tray has its item. False if it doesn't come up.
     bool start();
 
@@ -36,6 +39,7 @@ public:
 
 private:
     QTemporaryDir m_home;
+    QString m_state = m_home.filePath(QStringLiteral(".local/state"));
     QProcessEnvironment m_environment;
     QProcess m_process;
     QString m_item;
