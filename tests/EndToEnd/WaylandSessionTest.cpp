@@ -158,6 +158,7 @@ void WaylandSessionTest::asAWaylandProgramAClickOpensThePanelAsAPlainWindowAndTh
     QCOMPARE(windows().size(), 1);
     QCOMPARE(windows().first().appId, u"com.korvo.app"_s);
     QVERIFY(output.contains(windows().first().place));
+    QVERIFY(windows().first().place.width() < output.width() / 2); // It is not tiled.
     QVERIFY(activate());
     QTRY_VERIFY_WITH_TIMEOUT(windows().isEmpty(), patience);
     QVERIFY(!m_world->log().contains(u"[FAULT]"_s));

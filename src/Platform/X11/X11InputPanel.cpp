@@ -243,7 +243,10 @@ void X11InputPanel::hideIfDeactivated()
 
 void X11InputPanel::layOut()
 {
-    m_window->setGeometry(m_frame.marginsAdded(m_overflow));
+    const QRect place = m_frame.marginsAdded(m_overflow);
+    if (!x11Connection())
+        m_window->setFixedSize(place.size()); // Wayland's tiling compositors don't tile such windows.
+    m_window->setGeometry(place);
     if (m_content)
         m_content->setGeometry(QRect(QPoint(), m_window->size()));
     applyShape();

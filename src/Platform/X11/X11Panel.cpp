@@ -3,6 +3,7 @@
 #include "Platform/X11/PanelShadow.h"
 #include "Platform/X11/PanelStack.h"
 #include "Platform/X11/WindowShape.h"
+#include "Platform/X11/X11Connection.h"
 
 #include <QEvent>
 #include <QImage>
@@ -215,6 +216,8 @@ QPainterPath X11Panel::shapeInWindow() const
 void X11Panel::layOut()
 {
     const QRect place = windowPlace();
+    if (!x11Connection())
+        m_window->setFixedSize(place.size()); // Wayland's tiling compositors don't tile such windows.
     m_window->setGeometry(place);
     if (m_content)
         m_content->setGeometry(m_frame.translated(-place.topLeft()));
