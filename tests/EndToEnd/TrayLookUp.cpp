@@ -2,7 +2,6 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDBusInterface>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusReply>
@@ -34,9 +33,10 @@ QVariant firstOf(const QDBusMessage &reply)
 
 QString findTrayItem(qint64 pid)
 {
-    QDBusInterface watcher(u"org.kde.StatusNotifierWatcher"_s, u"/StatusNotifierWatcher"_s,
-                           u"org.kde.StatusNotifierWatcher"_s);
-    const auto items = watcher.property("RegisteredStatusNotifierItems").toStringList();
+    const auto watcher = u"org.kde.StatusNotifierWatcher"_s;
+    const auto items = firstOf(call(watcher, u"/StatusNotifierWatcher"_s, u"org.freedesktop.DBus.Properties"_s,
+                                    u"Get"_s, {watcher, u"RegisteredStatusNotifierItems"_s}))
+                           .toStringList();
     for (const auto &item : items) {
         // A tray tells the bus name of an item, some with its path behind.
         const auto service = item.section(u'/', 0, 0);

@@ -49,7 +49,7 @@ private:
     QList<WaylandWindow> windows() { return waylandWindows(m_world->process().processId()); }
 
     WaylandKeyboard m_keyboard;
-    std::unique_ptr<FakePortal> m_portal;
+    std::unique_ptr<FakePortal> m_portal; ///< Where the test has one.
     std::unique_ptr<AttachedKorvo> m_world;
 };
 
@@ -60,7 +60,6 @@ void WaylandSessionTest::initTestCase()
 
 void WaylandSessionTest::init()
 {
-    m_portal = std::make_unique<FakePortal>();
     m_world = std::make_unique<AttachedKorvo>();
     QVERIFY(m_world->startWorkspace());
 }
@@ -128,6 +127,7 @@ void WaylandSessionTest::thePortalsShortcutOpensThePanelForATaskToBeTyped_data()
 void WaylandSessionTest::thePortalsShortcutOpensThePanelForATaskToBeTyped()
 {
     QFETCH(const QString, kind);
+    m_portal = std::make_unique<FakePortal>();
     QVERIFY(m_portal->start());
     QVERIFY(start(kind));
     QTRY_COMPARE_WITH_TIMEOUT(m_portal->calls.value(1), u"BindShortcuts"_s, patience);
