@@ -19,6 +19,13 @@ bool xrandr(const QStringList &arguments)
     return process.waitForFinished() && process.exitCode() == 0;
 }
 
+/// Makes two monitors of the one, as far as programs can see, side by side.
+bool cutInTwo()
+{
+    return xrandr({u"--setmonitor"_s, u"left"_s, u"640/169x800/211+0+0"_s, u"screen"_s})
+        && xrandr({u"--setmonitor"_s, u"right"_s, u"640/169x800/211+640+0"_s, u"none"_s});
+}
+
 } // namespace
 
 class QtScreensTest : public QObject {
@@ -29,6 +36,8 @@ private slots:
     void theScreenOfTheDesktopIsThere();
     void theMainScreenIsThatOfTheActiveWindow_data();
     void theMainScreenIsThatOfTheActiveWindow();
+    void ofTwoScreensTheMainOneIsThatOfTheActiveWindow_data();
+    void ofTwoScreensTheMainOneIsThatOfTheActiveWindow();
     void anExternalScreenOfALaptopWithAHousingHasNoInset();
     void pluggingAScreenIsToldOnceItHasSettled();
     void anotherSizeIsTold();
@@ -68,6 +77,39 @@ void QtScreensTest::theMainScreenIsThatOfTheActiveWindow()
     QVERIFY(!screens.mainScreen()->available.isEmpty());
 }
 
+void QtScreensTest::ofTwoScreensTheMainOneIsThatOfTheActiveWindow_data()
+{
+    QTest::addColumn<std::optional<QRect>>("activeWindow");
+    QTest::addColumn<QPoint>("pointer");
+    QTest::addColumn<QRectF>("screen");
+    const QRectF left(0, 0, 640, 800);
+    const QRectF right(640, 0, 640, 800);
+    const QPoint onLeft(100, 100), onRight(1000, 100);
+    QTest::newRow("the left one, with the pointer on the right")
+        << std::optional(QRect(100, 300, 200, 100)) << onRight << left;
+    QTest::newRow("the right one, with the pointer on the left")
+        << std::optional(QRect(800, 300, 200, 100)) << onLeft << right;
+    QTest::newRow("the one that shows most of it, the left")
+        << std::optional(QRect(500, 300, 200, 100)) << onRight << left;
+    QTest::newRow("the one that shows most of it, the right")
+        << std::optional(QRect(600, 300, 200, 100)) << onLeft << right;
+    QTest::newRow("no active window: that of the pointer, the left") << std::optional<QRect>() << onLeft << left;
+    QTest::newRow("no active window: that of the pointer, the right") << std::optional<QRect>() << onRight << right;
+}
+
+void QtScreensTest::ofTwoScreensTheMainOneIsThatOfTheActiveWindow()
+{
+    QFETCH(const std::optional<QRect>, activeWindow);
+    QFETCH(const QPoint, pointer);
+    const QtScreens screens(QStringList(), [&] { return activeWindow; });
+    QVERIFY(cutInTwo());
+    QTRY_COMPARE(screens.screens().size(), 2);
+    QCursor::setPos(pointer);
+    QTRY_COMPARE(QCursor::pos(), pointer);
+    const auto screen = screens.mainScreen().value_or(Screen()).geometry;
+    QTEST(screen, "screen");
+}
+
 void QtScreensTest::cleanup()
 {
     xrandr({u"--delmonitor"_s, u"left"_s});
@@ -77,13 +119,11 @@ void QtScreensTest::cleanup()
     QTRY_COMPARE(QGuiApplication::primaryScreen()->geometry(), QRect(0, 0, 1280, 800));
 }
 
-/// One monitor is cut in two, as far as programs can see.
 void QtScreensTest::pluggingAScreenIsToldOnceItHasSettled()
 {
     const QtScreens screens{QStringList()};
     QSignalSpy changed(&screens, &Screens::changed);
-    QVERIFY(xrandr({u"--setmonitor"_s, u"left"_s, u"640/169x800/211+0+0"_s, u"screen"_s}));
-    QVERIFY(xrandr({u"--setmonitor"_s, u"right"_s, u"640/169x800/211+640+0"_s, u"none"_s}));
+    QVERIFY(cutInTwo());
     QTRY_COMPARE(screens.screens().size(), 2);
     QTRY_VERIFY(!changed.isEmpty());
     QCOMPARE(screens.screens().first().geometry, QRectF(0, 0, 640, 800));
