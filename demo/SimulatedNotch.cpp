@@ -38,7 +38,7 @@ public:
             screen->topSafeAreaInset = inset;
         return screen;
     }
-    QPointF pointerPosition() const override { return m_real.pointerPosition(); }
+    std::optional<QPointF> pointerPosition() const override { return m_real.pointerPosition(); }
 
 protected:
     void connectNotify(const QMetaMethod &signal) override

@@ -31,8 +31,8 @@ public:
     /// pointer, else the first. None if there is no screen.
     virtual std::optional<Screen> mainScreen() const = 0;
 
-    /// Where the pointer is, in the same coordinates.
-    virtual QPointF pointerPosition() const = 0;
+    /// Where the pointer is, in the same coordinates. None where nobody can tell, as over windows of another window system.
+    virtual std::optional<QPointF> pointerPosition() const = 0;
 
 signals:
     /// Screens have come, gone, moved, or got another size, scale or order, and the desktop has settled since. A change

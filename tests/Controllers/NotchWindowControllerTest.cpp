@@ -120,7 +120,7 @@ void NotchWindowControllerTest::cleanup()
 void NotchWindowControllerTest::makeController(const QRectF &geometry)
 {
     m_platform->fakeScreens.setSingle(geometry, 32);
-    m_platform->fakeScreens.pointer = {300, 700};
+    m_platform->fakeScreens.pointer = QPointF(300, 700);
     m_controller
         = std::make_unique<NotchWindowController>(*m_world->viewModel, *m_platform, m_world->settings.settings);
     m_controller->setup();
@@ -435,23 +435,24 @@ void NotchWindowControllerTest::openTheLeavingPointerAfterTheGuardCollapses()
 
 void NotchWindowControllerTest::collapsingWithThePointerInTheFrameDoesNothing_data()
 {
-    QTest::addColumn<QPointF>("pointer");
+    QTest::addColumn<std::optional<QPointF>>("pointer");
     QTest::addColumn<bool>("isInside");
-    QTest::newRow("in the middle") << QPointF(700, 100) << true;
-    QTest::newRow("in a corner that is cut") << QPointF(538, 199) << true;
-    QTest::newRow("in the strip above the screen") << QPointF(700, -9) << true;
-    QTest::newRow("on the left edge") << QPointF(536, 100) << true;
-    QTest::newRow("left of it") << QPointF(535, 100) << false;
-    QTest::newRow("on the right edge") << QPointF(976, 100) << false;
-    QTest::newRow("beside the right edge") << QPointF(975, 100) << true;
-    QTest::newRow("on the lower edge") << QPointF(700, 200) << true;
-    QTest::newRow("below it") << QPointF(700, 201) << false;
-    QTest::newRow("on the upper edge") << QPointF(700, -10) << false;
+    QTest::newRow("in the middle") << std::optional(QPointF(700, 100)) << true;
+    QTest::newRow("in a corner that is cut") << std::optional(QPointF(538, 199)) << true;
+    QTest::newRow("in the strip above the screen") << std::optional(QPointF(700, -9)) << true;
+    QTest::newRow("on the left edge") << std::optional(QPointF(536, 100)) << true;
+    QTest::newRow("left of it") << std::optional(QPointF(535, 100)) << false;
+    QTest::newRow("on the right edge") << std::optional(QPointF(976, 100)) << false;
+    QTest::newRow("beside the right edge") << std::optional(QPointF(975, 100)) << true;
+    QTest::newRow("on the lower edge") << std::optional(QPointF(700, 200)) << true;
+    QTest::newRow("below it") << std::optional(QPointF(700, 201)) << false;
+    QTest::newRow("on the upper edge") << std::optional(QPointF(700, -10)) << false;
+    QTest::newRow("nowhere that anybody knows") << std::optional<QPointF>() << false;
 }
 
 void NotchWindowControllerTest::collapsingWithThePointerInTheFrameDoesNothing()
 {
-    QFETCH(const QPointF, pointer);
+    QFETCH(const std::optional<QPointF>, pointer);
     QFETCH(const bool, isInside);
     makeController();
     open();
@@ -545,10 +546,10 @@ void NotchWindowControllerTest::thePointerBesideTheShapeButInTheFrameKeepsTheCar
 {
     makeController();
     open();
-    m_platform->fakeScreens.pointer = {538, 199};
+    m_platform->fakeScreens.pointer = QPointF(538, 199);
     leave();
     pass(0.3);
-    m_platform->fakeScreens.pointer = {300, 700};
+    m_platform->fakeScreens.pointer = QPointF(300, 700);
     for (int i = 0; i < 10; ++i) {
         pass(1);
         tick();

@@ -33,6 +33,7 @@ private slots:
     void pluggingAScreenIsToldOnceItHasSettled();
     void anotherSizeIsTold();
     void thePointerIsWhereItIs();
+    void aPointerThatIsNotKnownIsNowhere();
 };
 
 void QtScreensTest::theScreenOfTheDesktopIsThere()
@@ -107,7 +108,13 @@ void QtScreensTest::anotherSizeIsTold()
 void QtScreensTest::thePointerIsWhereItIs()
 {
     QCursor::setPos(123, 45);
-    QTRY_COMPARE(QtScreens(QStringList()).pointerPosition(), QPointF(123, 45));
+    QTRY_COMPARE(QtScreens(QStringList()).pointerPosition(), std::optional(QPointF(123, 45)));
+    QCOMPARE(QtScreens(QStringList(), {}, [] { return true; }).pointerPosition(), std::optional(QPointF(123, 45)));
+}
+
+void QtScreensTest::aPointerThatIsNotKnownIsNowhere()
+{
+    QCOMPARE(QtScreens(QStringList(), {}, [] { return false; }).pointerPosition(), std::nullopt);
 }
 
 QTEST_MAIN(QtScreensTest)
