@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QPointF>
 #include <QRectF>
+#include <QString>
 
 #include <optional>
 
@@ -14,6 +15,7 @@ struct Screen {
     QRectF geometry;
     double topSafeAreaInset = 0; ///< Height of the strip beside a camera housing; 0 where there is none.
     QRectF available = {};       ///< What the desktop's bars leave of it.
+    QString name = {};           ///< Of its output or monitor, the same wherever it stands.
 
     bool operator==(const Screen &) const = default;
 };

@@ -56,7 +56,7 @@ Screen QtScreens::describe(const QScreen &screen) const
 {
     const double scale = screen.devicePixelRatio();
     return {screen.geometry(), notchInset(m_machine, screen.name(), deviceGeometry(screen).size(), scale),
-            screen.availableGeometry()};
+            screen.availableGeometry(), screen.name()};
 }
 
 QList<Screen> QtScreens::screens() const
