@@ -1,6 +1,5 @@
 #include "Platform/X11/KnownPointer.h"
 
-#include "TrayOnScreen.h"
 #include "XDesktop.h"
 
 #include <QCursor>
