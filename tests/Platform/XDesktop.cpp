@@ -206,7 +206,8 @@ QList<quint32> XClient::numbers(quint32 window, const char *name) const
 {
     const auto bytes = property(window, name);
     QList<quint32> numbers(bytes.size() / qsizetype(sizeof(quint32)));
-    std::memcpy(numbers.data(), bytes.constData(), size_t(numbers.size()) * sizeof(quint32));
+    if (!numbers.isEmpty())
+        std::memcpy(numbers.data(), bytes.constData(), size_t(numbers.size()) * sizeof(quint32));
     return numbers;
 }
 
