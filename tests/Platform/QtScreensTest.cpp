@@ -1,5 +1,7 @@
 #include "Platform/Linux/QtScreens.h"
 
+#include "XSettings.h"
+
 #include <QCursor>
 #include <QGuiApplication>
 #include <QProcess>
@@ -30,6 +32,9 @@ bool cutInTwo()
 
 class QtScreensTest : public QObject {
     Q_OBJECT
+public:
+    explicit QtScreensTest(XSettings &settings) : m_settings(settings) { }
+
 private slots:
     void cleanup();
 
@@ -40,14 +45,20 @@ private slots:
     void ofTwoScreensTheMainOneIsThatOfTheActiveWindow();
     void anExternalScreenOfALaptopWithAHousingHasNoInset();
     void pluggingAScreenIsToldOnceItHasSettled();
+    void anotherFirstScreenIsTold();
     void anotherSizeIsTold();
+    void anotherScaleIsTold();
     void thePointerIsWhereItIs();
+    void aPointerThatIsNotKnownIsNowhere();
+
+private:
+    XSettings &m_settings;
 };
 
 void QtScreensTest::theScreenOfTheDesktopIsThere()
 {
     const QRectF whole = QGuiApplication::primaryScreen()->geometry();
-    const QList<Screen> all{{whole, 0, whole}}; // There is no bar.
+    const QList<Screen> all{{whole, 0, whole, u"screen"_s}}; // There is no bar.
     QCOMPARE(QtScreens(QStringList()).screens(), all);
     QVERIFY(!all.first().geometry.isEmpty());
 }
@@ -115,6 +126,7 @@ void QtScreensTest::cleanup()
     xrandr({u"--delmonitor"_s, u"left"_s});
     xrandr({u"--delmonitor"_s, u"right"_s});
     xrandr({u"--output"_s, u"screen"_s, u"--mode"_s, u"1280x800"_s});
+    m_settings.setDpi(96);
     QTRY_COMPARE(QGuiApplication::screens().size(), 1);
     QTRY_COMPARE(QGuiApplication::primaryScreen()->geometry(), QRect(0, 0, 1280, 800));
 }
@@ -135,6 +147,31 @@ void QtScreensTest::pluggingAScreenIsToldOnceItHasSettled()
     QTRY_VERIFY(!changed.isEmpty());
 }
 
+void QtScreensTest::anotherFirstScreenIsTold()
+{
+    QVERIFY(xrandr({u"--setmonitor"_s, u"left"_s, u"640/169x800/211+0+0"_s, u"screen"_s}));
+    QVERIFY(xrandr({u"--setmonitor"_s, u"right"_s, u"640/169x800/211+640+0"_s, u"none"_s}));
+    QTRY_COMPARE(QGuiApplication::screens().size(), 2);
+    const QtScreens screens{QStringList()};
+    QSignalSpy changed(&screens, &Screens::changed);
+    QCOMPARE(screens.screens().first().name, u"left"_s);
+    QVERIFY(xrandr({u"--delmonitor"_s, u"right"_s}));
+    QVERIFY(xrandr({u"--setmonitor"_s, u"*right"_s, u"640/169x800/211+640+0"_s, u"none"_s}));
+    QTRY_COMPARE(screens.screens().first().name, u"right"_s);
+    QCOMPARE(screens.screens().first().geometry, QRectF(640, 0, 640, 800));
+    QCOMPARE(screens.screens().size(), 2);
+    QTRY_VERIFY(!changed.isEmpty());
+}
+
+void QtScreensTest::anotherScaleIsTold()
+{
+    const QtScreens screens{QStringList()};
+    QSignalSpy changed(&screens, &Screens::changed);
+    m_settings.setDpi(192);
+    QTRY_VERIFY(!changed.isEmpty());
+    QCOMPARE(screens.screens().first().geometry, QRectF(0, 0, 640, 400));
+}
+
 void QtScreensTest::anotherSizeIsTold()
 {
     const QtScreens screens{QStringList()};
@@ -147,8 +184,21 @@ void QtScreensTest::anotherSizeIsTold()
 void QtScreensTest::thePointerIsWhereItIs()
 {
     QCursor::setPos(123, 45);
-    QTRY_COMPARE(QtScreens(QStringList()).pointerPosition(), QPointF(123, 45));
+    QTRY_COMPARE(QtScreens(QStringList()).pointerPosition(), std::optional(QPointF(123, 45)));
+    QCOMPARE(QtScreens(QStringList(), {}, [] { return true; }).pointerPosition(), std::optional(QPointF(123, 45)));
 }
 
-QTEST_MAIN(QtScreensTest)
+void QtScreensTest::aPointerThatIsNotKnownIsNowhere()
+{
+    QCOMPARE(QtScreens(QStringList(), {}, [] { return false; }).pointerPosition(), std::nullopt);
+}
+
+int main(int argc, char **argv)
+{
+    XSettings settings;
+    QGuiApplication app(argc, argv);
+    QtScreensTest test(settings);
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "QtScreensTest.moc"

@@ -42,9 +42,10 @@ constexpr std::chrono::milliseconds settleTime = 150ms;
 
 } // namespace
 
-QtScreens::QtScreens(QStringList machine, ActiveWindow activeWindow) :
+QtScreens::QtScreens(QStringList machine, ActiveWindow activeWindow, PointerCheck isPointerKnown) :
     m_machine(std::move(machine)),
-    m_activeWindow(std::move(activeWindow))
+    m_activeWindow(std::move(activeWindow)),
+    m_isPointerKnown(std::move(isPointerKnown))
 {
     m_settled.setSingleShot(true);
     m_settled.setInterval(settleTime);
@@ -55,7 +56,7 @@ Screen QtScreens::describe(const QScreen &screen) const
 {
     const double scale = screen.devicePixelRatio();
     return {screen.geometry(), notchInset(m_machine, screen.name(), deviceGeometry(screen).size(), scale),
-            screen.availableGeometry()};
+            screen.availableGeometry(), screen.name()};
 }
 
 QList<Screen> QtScreens::screens() const
@@ -78,8 +79,10 @@ std::optional<Screen> QtScreens::mainScreen() const
     return screen ? std::optional(describe(*screen)) : std::nullopt;
 }
 
-QPointF QtScreens::pointerPosition() const
+std::optional<QPointF> QtScreens::pointerPosition() const
 {
+    if (m_isPointerKnown && !m_isPointerKnown())
+        return std::nullopt;
     return QCursor::pos();
 }
 
