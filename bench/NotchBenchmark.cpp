@@ -151,9 +151,9 @@ int main(int argc, char **argv)
         folding += framesTo(platform, controller, NotchState::compact);
         unfolding += framesTo(platform, controller, NotchState::expanded);
     }
-    bool isSmooth = tell(u"the card unfolds for the first time"_s, first, 1, 350);
-    isSmooth = tell(u"the card unfolds"_s, unfolding, movementCount, 350) && isSmooth;
-    isSmooth = tell(u"the card folds away"_s, folding, movementCount, 250) && isSmooth;
+    bool isSmooth = tell(u"the card unfolds for the first time"_s, first, 1, 400);
+    isSmooth = tell(u"the card unfolds"_s, unfolding, movementCount, 400) && isSmooth;
+    isSmooth = tell(u"the card folds away"_s, folding, movementCount, 300) && isSmooth;
 
     // The tick of the program, with nothing else in it. The view's own schedule is on a clock that runs.
     const auto cpuIn = [&](NotchState state, bool isTicking) {
