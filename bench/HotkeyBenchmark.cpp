@@ -1,6 +1,7 @@
 // korvo-bench-hotkey - the time from a key press in the X server to the callback of the shortcut. Runs inside a headless
 // desktop.
 
+#include "Figure.h"
 #include "Platform/Desktop/DesktopKeyGrabber.h"
 #include "Platform/KeyGrabber.h"
 #include "Services/GlobalHotkeyService.h"
@@ -20,6 +21,8 @@
 #include <xcb/xtest.h>
 
 using namespace korvo;
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -84,7 +87,6 @@ int main(int argc, char **argv)
                      static_cast<long long>(times.size()), presses);
         return 1;
     }
-    std::printf("%-52s%8.2f ms median, %.2f worst of %lld (goal 10)\n", "key press in the X server to the callback",
-                times.at(times.size() / 2), times.last(), static_cast<long long>(times.size()));
+    bench::tellTimes(u"key press in the X server to the callback"_s, times, 10);
     return 0;
 }

@@ -1,6 +1,7 @@
 // korvo-bench-panel SANDBOX - what the menu panel costs: a click to its first frame, the memory that a thousand openings
 // leave behind, the processor while it is open. Runs inside a headless desktop with a tray. Ends with 1 if memory grows.
 
+#include "Figure.h"
 #include "KorvoApp.h"
 #include "Platform/InputPanel.h"
 #include "Platform/KeyGrabber.h"
@@ -37,7 +38,7 @@ constexpr int warmUps = 50;
 constexpr int openings = 1000;
 constexpr int timedOpenings = 20;
 constexpr int restMilliseconds = 20000;
-constexpr int allowedGrowthKb = 200;
+constexpr int allowedGrowthKb = 64; // Sixteen pages: what the allocator takes and gives back from one moment to the next.
 constexpr double noPolls = 3600; // Seconds between polls.
 
 /// The desktop as it is, whose status item is at hand to be clicked.
@@ -155,25 +156,21 @@ public:
         QList<double> times;
         for (int i = 0; i < timedOpenings; ++i)
             times.append(openAndClose(150));
-        std::sort(times.begin(), times.end());
-        std::printf("%-52s%8.2f ms the first time, %.2f median, %.2f worst of %d (goal 50)\n",
-                    "a click to the first frame of the panel", first, times.at(timedOpenings / 2), times.last(),
-                    timedOpenings);
+        bench::tell(u"a click to the first frame of the panel, the first time"_s, first, u"ms"_s, 50);
+        bench::tellTimes(u"a click to the first frame of the panel"_s, times, 50);
 
         const double closed = processorAtRest();
         click();
         spinUntil("a panel", [this] { return m_frames.isPainted; });
         const double open = processorAtRest();
         close();
-        std::printf("%-52s%8.2f ms of CPU in 20 s, %.2f closed, %.2f times as much (goal 2)\n",
-                    "an open panel with a running timer", open, closed, open / closed);
+        bench::tell(u"CPU with an open panel, beside a closed one"_s, open / closed, u"times"_s, 2);
 
         const int before = anonymousKb();
         for (int i = 0; i < openings; ++i)
             openAndClose(0);
         const int growth = anonymousKb() - before;
-        std::printf("%-52s%8d kB after %d kB (goal 0, at most %d)\n", "memory after 1,000 openings", growth, before,
-                    allowedGrowthKb);
+        bench::tell(u"growth of the memory by 1,000 openings of the panel"_s, growth, u"kB"_s, allowedGrowthKb);
         return growth <= allowedGrowthKb;
     }
 

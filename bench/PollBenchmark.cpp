@@ -8,6 +8,7 @@
 #include "Fakes/NotionPages.h"
 #include "Fakes/TcpProxy.h"
 #include "Fakes/TestSettings.h"
+#include "Figure.h"
 #include "Platform/Linux/LinuxClock.h"
 #include "Services/CurlTransport.h"
 #include "Services/NotionAPIService.h"
@@ -162,9 +163,11 @@ bool measureCpu(const Workspace &workspace)
         polls.append(cpuMilliseconds() - before);
         isGood = hasWorked(viewModel);
     }
-    std::printf("%-52s%8.2f ms  (goal 5; %lld tasks read, project %s)\n", "CPU of a poll of 100 tasks and three pages",
-                median(polls), static_cast<long long>(viewModel.todayTasks().size()),
-                viewModel.activeTimer() && viewModel.activeTimer()->clientName ? "and client too" : "missing");
+    if (viewModel.todayTasks().size() != 100 || !viewModel.activeTimer() || !viewModel.activeTimer()->clientName) {
+        std::fputs("korvo-bench-poll: a poll has not read everything\n", stderr);
+        isGood = false;
+    }
+    bench::tell(u"CPU of a poll of 100 tasks and three pages"_s, median(polls), u"ms"_s, 5);
     viewModel.stopPolling();
     return isGood;
 }
@@ -205,9 +208,9 @@ bool measureLongWay(const Workspace &workspace)
         viewModel.stopPolling();
         finishSpawned(1000);
     }
-    std::printf("%-52s%8.1f ms\n", "five bare requests over TLS, 40 ms round trip", median(requests));
-    std::printf("%-52s%8.1f ms  ratio %.3f (goal 1.05)\n", "a poll on the same way", median(polls),
-                median(polls) / median(requests));
+    bench::tell(u"five bare requests over TLS, 40 ms round trip"_s, median(requests), u"ms"_s);
+    bench::tell(u"a poll on the same way"_s, median(polls), u"ms"_s);
+    bench::tell(u"a poll beside the five requests"_s, median(polls) / median(requests), u"times"_s, 1.05);
     return isGood;
 }
 
@@ -248,7 +251,7 @@ bool measureQuickAdd()
             isGood = false;
         }
     }
-    std::printf("%-52s%8.2f ms  (goal 3)\n", "CPU of a quick add apart from the network", median(actions));
+    bench::tell(u"CPU of a quick add apart from the network"_s, median(actions), u"ms"_s, 3);
     viewModel.stopPolling();
     return isGood;
 }

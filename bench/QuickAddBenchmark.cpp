@@ -4,6 +4,7 @@
 
 #include "AppDelegate.h"
 #include "Fakes/TcpProxy.h"
+#include "Figure.h"
 #include "KorvoApp.h"
 #include "Platform/Platform.h"
 #include "Services/CurlTransport.h"
@@ -65,13 +66,6 @@ QLineEdit *focusedField()
     return field && field->isVisible() && field->isActiveWindow() ? field : nullptr;
 }
 
-void print(const char *what, QList<double> times, double goal)
-{
-    std::sort(times.begin(), times.end());
-    std::printf("%-52s%8.2f ms median, %.2f worst of %lld (goal %.0f)\n", what, times.at(times.size() / 2),
-                times.last(), static_cast<long long>(times.size()), goal);
-}
-
 /// A window of another client, with the focus.
 void showFront(xcb_connection_t *connection)
 {
@@ -124,11 +118,10 @@ void measure(TimerViewModel &timerVM, const TcpProxy &proxy)
         timer.start();
         spinUntil("a pause", [&] { return timer.hasExpired(100); });
     }
-    std::printf("%-52s%8.2f ms (%.2f with the focusing step)\n", "the first press of the shortcut to a focused field",
-                firstFocus.first(), allFocused.first());
-    print("a press of the shortcut to a focused field", firstFocus, 100);
-    print("the same with the focusing step after 50 ms", allFocused, 100);
-    print("Return to the first byte of the request", requests, 20);
+    bench::tell(u"the first press of the shortcut to a focused field"_s, allFocused.first(), u"ms"_s);
+    bench::tellTimes(u"a press of the shortcut to a field with the keyboard"_s, firstFocus);
+    bench::tellTimes(u"the same with the focusing step after 50 ms"_s, allFocused, 100);
+    bench::tellTimes(u"Return to the first byte of the request"_s, requests, 20);
     xcb_disconnect(connection);
 }
 

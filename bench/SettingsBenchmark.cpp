@@ -3,6 +3,7 @@
 
 #include "Controllers/SettingsWindow.h"
 #include "Fakes/FakeScreens.h"
+#include "Figure.h"
 #include "Views/SettingsView.h"
 #include "Views/ViewWorld.h"
 
@@ -18,6 +19,8 @@
 #include <memory>
 
 using namespace korvo;
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -75,10 +78,7 @@ int main(int argc, char **argv)
         QTimer::singleShot(150, &pause, &QEventLoop::quit);
         pause.exec();
     }
-    const double first = times.first();
-    std::sort(times.begin(), times.end());
-    std::printf("%-52s%8.2f ms the first time, %.2f median, %.2f worst of %lld (goal 150)\n",
-                "opening the settings to the first frame", first, times.at(times.size() / 2), times.last(),
-                static_cast<long long>(times.size()));
+    bench::tell(u"opening the settings to the first frame, the first time"_s, times.first(), u"ms"_s, 150);
+    bench::tellTimes(u"opening the settings to the first frame"_s, times, 150);
     return 0;
 }

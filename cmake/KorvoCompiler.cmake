@@ -28,7 +28,9 @@ target_compile_definitions(korvo_compiler INTERFACE
     QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 if(KORVO_SANITIZE)
     target_compile_options(korvo_compiler INTERFACE "-fsanitize=${KORVO_SANITIZE}" -fno-omit-frame-pointer
-                           -fno-sanitize-recover=all)
+                           -fno-sanitize-recover=all
+                           # clang 14 cannot lay out coroutines with it.
+                           $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=function>)
     target_link_options(korvo_compiler INTERFACE "-fsanitize=${KORVO_SANITIZE}")
 endif()
 if(CMAKE_BUILD_TYPE STREQUAL "Release")

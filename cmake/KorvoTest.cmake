@@ -32,3 +32,12 @@ function(korvo_add_test NAME)
                              ENVIRONMENT "QT_QPA_PLATFORM=offscreen;${test_ENVIRONMENT}")
     endif()
 endfunction()
+
+# korvo_add_desktop_variant(TEST SUFFIX ENVIRONMENT...): one more run of a test on a desktop without a tray, with other
+# settings.
+function(korvo_add_desktop_variant TEST SUFFIX)
+    add_test(NAME ${TEST}.${SUFFIX}
+             COMMAND "${PROJECT_SOURCE_DIR}/scripts/isolated" "${PROJECT_SOURCE_DIR}/scripts/desktop-session"
+                     $<TARGET_FILE:${TEST}>)
+    set_tests_properties(${TEST}.${SUFFIX} PROPERTIES TIMEOUT 180 LABELS desktop ENVIRONMENT "DESKTOP_TRAY=none;${ARGN}")
+endfunction()

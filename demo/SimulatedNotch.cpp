@@ -11,6 +11,7 @@
 
 #include <QMetaMethod>
 
+#include <optional>
 #include <utility>
 
 namespace korvo::demo {
@@ -26,19 +27,20 @@ public:
     QList<Screen> screens() const override
     {
         auto screens = m_real.screens();
-        if (!screens.isEmpty())
-            screens.first().topSafeAreaInset = inset;
+        if (!m_laptop && !screens.isEmpty())
+            m_laptop = screens.first().name;
+        for (auto &screen : screens)
+            cut(screen);
         return screens;
     }
     std::optional<Screen> mainScreen() const override
     {
         auto screen = m_real.mainScreen();
-        const auto screens = m_real.screens();
-        if (screen && !screens.isEmpty() && *screen == screens.first())
-            screen->topSafeAreaInset = inset;
+        if (screen)
+            cut(*screen);
         return screen;
     }
-    QPointF pointerPosition() const override { return m_real.pointerPosition(); }
+    std::optional<QPointF> pointerPosition() const override { return m_real.pointerPosition(); }
 
 protected:
     void connectNotify(const QMetaMethod &signal) override
@@ -49,7 +51,14 @@ protected:
     }
 
 private:
+    void cut(Screen &screen) const
+    {
+        if (screen.name == m_laptop)
+            screen.topSafeAreaInset = inset;
+    }
+
     Screens &m_real;
+    mutable std::optional<QString> m_laptop; ///< The screen with the housing, from the first look at all of them on.
 };
 
 class NotchedPlatform final : public Platform {

@@ -36,7 +36,8 @@ Answer listRequests(const SandboxServer &server)
                                 {u"method"_s, QString::fromLatin1(request.method)},
                                 {u"target"_s, QString::fromLatin1(request.target)},
                                 {u"headers"_s, headers},
-                                {u"body"_s, request.body}});
+                                {u"body"_s, request.body},
+                                {u"status"_s, request.status}});
     }
     return {200, {{u"requests"_s, list}, {u"connections"_s, server.connectionCount()}}};
 }

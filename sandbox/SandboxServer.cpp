@@ -50,9 +50,10 @@ public:
     bool prepareTls();
     void accept(QTcpSocket *socket);
     void receive(HttpConnection *connection, const Request &request);
-    void record(const HttpConnection &connection, const Request &request);
-    void answer(HttpConnection *connection, const Request &request);
-    void carryOut(HttpConnection *connection, const Fault &fault, const Reply &reply);
+    int record(const HttpConnection &connection, const Request &request);
+    void noteStatus(int index, int status);
+    void answer(HttpConnection *connection, const Request &request, int index);
+    void carryOut(HttpConnection *connection, const Fault &fault, const Reply &reply, int index);
 
     SandboxServer &q;
     std::unique_ptr<Workspace> workspace;
@@ -108,14 +109,15 @@ void SandboxServer::Private::receive(HttpConnection *connection, const Request &
         connection->send(handleControl(q, request));
         return;
     }
-    record(*connection, request);
+    const int index = record(*connection, request);
     const QPointer<HttpConnection> guard(connection);
     emit q.requestReceived(RecordedRequest(requests.last()));
     if (guard)
-        answer(connection, request);
+        answer(connection, request, index);
 }
 
-void SandboxServer::Private::record(const HttpConnection &connection, const Request &request)
+/// Gives the number of the record.
+int SandboxServer::Private::record(const HttpConnection &connection, const Request &request)
 {
     requests.append({.index = nextIndex++,
                      .connection = connection.number(),
@@ -126,28 +128,42 @@ void SandboxServer::Private::record(const HttpConnection &connection, const Requ
                      .body = QJsonDocument::fromJson(request.body).object()});
     if (requests.size() > mostRecorded)
         requests.removeFirst();
+    return requests.last().index;
 }
 
-void SandboxServer::Private::answer(HttpConnection *connection, const Request &request)
+/// In the record, if it is still there.
+void SandboxServer::Private::noteStatus(int index, int status)
+{
+    const auto record
+        = std::find_if(requests.rbegin(), requests.rend(), [index](const auto &one) { return one.index == index; });
+    if (record != requests.rend())
+        record->status = status;
+}
+
+void SandboxServer::Private::answer(HttpConnection *connection, const Request &request, int index)
 {
     const auto fault = faults.take(request.method, request.path());
     if (!fault) {
-        connection->send(router->handle(request));
+        const Reply reply = router->handle(request);
+        noteStatus(index, reply.status);
+        connection->send(reply);
         return;
     }
     const bool hasEffect = fault->kind == Fault::Kind::slow || fault->kind == Fault::Kind::loseAnswer
         || fault->kind == Fault::Kind::cutBody || fault->kind == Fault::Kind::cutHeaders;
     const Reply reply = hasEffect ? router->handle(request) : fault->reply;
     if (fault->delay.count() <= 0) {
-        carryOut(connection, *fault, reply);
+        carryOut(connection, *fault, reply, index);
         return;
     }
     QTimer::singleShot(fault->delay, connection,
-                       [this, connection, fault = *fault, reply] { carryOut(connection, fault, reply); });
+                       [this, connection, fault = *fault, reply, index] { carryOut(connection, fault, reply, index); });
 }
 
-void SandboxServer::Private::carryOut(HttpConnection *connection, const Fault &fault, const Reply &reply)
+void SandboxServer::Private::carryOut(HttpConnection *connection, const Fault &fault, const Reply &reply, int index)
 {
+    if (fault.kind == Fault::Kind::answer || fault.kind == Fault::Kind::slow)
+        noteStatus(index, reply.status);
     switch (fault.kind) {
     case Fault::Kind::answer:
         if (fault.streamedBytes > 0)

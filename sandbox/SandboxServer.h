@@ -25,6 +25,7 @@ struct RecordedRequest {
     Headers headers;
     QByteArray rawBody;
     QJsonObject body; ///< Empty if the body is no JSON object.
+    int status = 0;   ///< Of the answer; 0 as long as none has been sent whole.
 
     QByteArray header(const QByteArray &name) const { return headerValue(headers, name); }
 };

@@ -183,7 +183,9 @@ void NotchWindowController::finishCollapse(NotchState target)
 {
     if (m_state != NotchState::expanded)
         return;
-    if (m_panel && isInFrame(m_frame, m_platform.screens().pointerPosition()))
+    // A pointer that is nowhere to be found has gone to where the window system doesn't follow it, which is outside.
+    const auto pointer = m_platform.screens().pointerPosition();
+    if (m_panel && pointer && isInFrame(m_frame, *pointer))
         return;
     setState(target);
 }

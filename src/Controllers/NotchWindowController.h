@@ -22,6 +22,8 @@ class TimerViewModel;
 
 /// The panel around the camera notch of the first screen: black at rest, a strip while a timer runs, a card while the
 /// pointer is over it. Decides where it stands, when it changes and how that moves; what is drawn is `NotchContentView`.
+/// A movement that is on its way to the same frame isn't begun anew, and an equal content isn't made anew, so that the
+/// tick of each second costs nothing and doesn't hold up the folding.
 class NotchWindowController : public QObject {
     Q_OBJECT
 public:
@@ -35,7 +37,8 @@ public:
     void setup();
 
     NotchState state() const { return m_state; }
-    /// Moves to a state, also to the one that it has: the content changes now, the frame from now on.
+    /// Moves to a state: the content changes now, the frame from now on. Called with the present state it only makes up
+    /// for what differs from it.
     void setState(NotchState state);
 
     /// Follows the timer: to be called each second. An open card stays.

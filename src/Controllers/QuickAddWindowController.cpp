@@ -129,7 +129,8 @@ bool QuickAddWindowController::isVisible() const
     return m_panel && m_panel->isVisible();
 }
 
-/// A task of its own: it begins when the panel has closed, and how it ends the view model tells.
+/// A task of its own, which ends with the view model: it begins when the panel has closed, holds the controller until
+/// then, and needs nothing of it from there on. How it ends the view model tells.
 void QuickAddWindowController::createTaskAndStartTimer(const QString &name)
 {
     QMetaObject::invokeMethod(

@@ -52,7 +52,7 @@ SettingsWindow::SettingsWindow(SettingsView *view) :
     takeSize();
 }
 
-/// No higher than the screen: the content scrolls.
+/// No higher than the screen: the content scrolls. Where even the least is too much, its upper left part is in sight.
 void SettingsWindow::takeSize()
 {
     const auto least = m_view.minimumSizeHint();
@@ -60,7 +60,8 @@ void SettingsWindow::takeSize()
     if (const auto *screen = screenOfPointer()) {
         const QRect room = screen->availableGeometry();
         size.setHeight(std::clamp(room.height() - titleBarHeight, least.height(), size.height()));
-        move(room.center() - QPoint(size.width() / 2, (size.height() + titleBarHeight) / 2));
+        const QPoint corner = room.center() - QPoint(size.width() / 2, (size.height() + titleBarHeight) / 2);
+        move(std::max(corner.x(), room.left()), std::max(corner.y(), room.top()));
     }
     setFixedSize(size);
 }

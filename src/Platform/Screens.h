@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QPointF>
 #include <QRectF>
+#include <QString>
 
 #include <optional>
 
@@ -14,6 +15,7 @@ struct Screen {
     QRectF geometry;
     double topSafeAreaInset = 0; ///< Height of the strip beside a camera housing; 0 where there is none.
     QRectF available = {};       ///< What the desktop's bars leave of it.
+    QString name = {};           ///< Of its output or monitor, the same wherever it stands.
 
     bool operator==(const Screen &) const = default;
 };
@@ -31,8 +33,8 @@ public:
     /// pointer, else the first. None if there is no screen.
     virtual std::optional<Screen> mainScreen() const = 0;
 
-    /// Where the pointer is, in the same coordinates.
-    virtual QPointF pointerPosition() const = 0;
+    /// Where the pointer is, in the same coordinates. None where nobody can tell, as over windows of another window system.
+    virtual std::optional<QPointF> pointerPosition() const = 0;
 
 signals:
     /// Screens have come, gone, moved, or got another size, scale or order, and the desktop has settled since. A change

@@ -9,7 +9,8 @@
 namespace korvo {
 
 /// Shows a shortcut, and records another: the next suitable key press in the program goes into the two bindings, the key
-/// code first. A recording outlives the view.
+/// code first. A recording outlives the view. Whatever shortcut is registered stays so meanwhile: the desktop gives its
+/// keys to the grab alone, so the present shortcut does what it always does, and the recording goes on.
 class HotkeyRecorderView : public QWidget {
     Q_OBJECT
 public:

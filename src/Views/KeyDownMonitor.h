@@ -13,8 +13,8 @@ struct KeyDown {
 };
 
 /// Shows the key presses of the program's own windows, repeats included, to a handler before they reach a widget, for as
-/// long as it lives. Modifier keys by themselves, and text that an input method makes, are none. The handler that was
-/// installed last sees a press first; what it swallows no other one sees.
+/// long as it lives. Modifier keys by themselves are none, nor is what an input method takes for itself: the text that it makes, and
+/// Escape while it composes. The handler that was installed last sees a press first; what it swallows no other one sees.
 class KeyDownMonitor : public QObject {
     Q_OBJECT
 public:

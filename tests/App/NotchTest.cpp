@@ -62,7 +62,7 @@ void NotchTest::init()
 {
     m_app = std::make_unique<LaunchedApp>();
     app().platform.fakeScreens.setSingle(laptop, inset);
-    app().platform.fakeScreens.pointer = {100, 700};
+    app().platform.fakeScreens.pointer = QPointF(100, 700);
 }
 
 void NotchTest::launchWithTimer()

@@ -21,6 +21,7 @@ private slots:
     void theEndClosesThePanelAndFreesTheKey();
     void aPressThatIsUnderWayWhenTheProgramHasGoneDoesNothing();
     void aTypedNameBecomesTheRunningTask();
+    void aNameSubmittedAtTheEndOfTheProgramMakesNoRequest();
 
 private:
     using Key = std::pair<quint32, quint32>;
@@ -142,6 +143,21 @@ void QuickAddShortcutTest::aTypedNameBecomesTheRunningTask()
     QTRY_VERIFY(app().delegate->timerViewModel().isTimerRunning());
     QVERIFY(
         app().platform.fakeLog.lines.contains(u"INFO Quick add: created task 'Write the letter' and started timer"_s));
+}
+
+void QuickAddShortcutTest::aNameSubmittedAtTheEndOfTheProgramMakesNoRequest()
+{
+    app().launch();
+    grabber().press();
+    QTRY_VERIFY(isPanelShown());
+    auto *field = app().platform.inputPanel->window.findChild<QLineEdit *>();
+    field->setText(u"Write the letter"_s);
+    QTest::keyClick(field, Qt::Key_Return);
+    app().delegate->applicationWillTerminate();
+    app().delegate.reset();
+    app().clock().advance(1);
+    QVERIFY(finishSpawned(2000));
+    QVERIFY(!app().notion.calls().contains(u"POST /pages"_s));
 }
 
 QTEST_MAIN(QuickAddShortcutTest)

@@ -2,6 +2,7 @@
 
 #include "Controllers/SettingsWindow.h"
 #include "Fakes/NotionDatabases.h"
+#include "Views/HotkeyRecorderView.h"
 #include "Views/MenuBarView.h"
 #include "Views/SettingField.h"
 #include "Views/SettingsView.h"
@@ -11,6 +12,7 @@
 #include <QCheckBox>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QScreen>
 #include <QWindow>
 
@@ -26,6 +28,7 @@ private slots:
     void theWindowHasItsTitleAndSize();
     void theWindowCanBeClosedAndMinimisedAndNotResized();
     void theWindowStandsInTheMiddleOfTheScreen();
+    void controlWClosesIt();
     void theMenuPanelClosesFirst();
     void openingTwiceGivesOneWindowInFront();
     void aMinimisedWindowComesBack();
@@ -39,6 +42,7 @@ private slots:
     void theDockFollowsItsToggle();
     void aRecordedShortcutIsRegistered();
     void aShortcutThatTheSystemRefusesIsShownLikeAnyOther();
+    void thePresentShortcutOpensTheQuickAddAndTheRecordingGoesOn();
     void clearGivesTheShortcutBack();
     void aRecordingGoesOnAfterTheWindowHasClosed();
     void aRecordingOutlivesItsWindowAndTheDelegate();
@@ -65,9 +69,9 @@ private:
     {
         return window.findChild<QAbstractButton *>(name);
     }
-    static void press(SettingsWindow &window, quint16 keyCode, Qt::KeyboardModifiers modifiers)
+    static void press(QWidget &window, quint16 keyCode, Qt::KeyboardModifiers modifiers = {}, const QString &text = {})
     {
-        QKeyEvent event(QEvent::KeyPress, Qt::Key_unknown, modifiers, keyCode + 8U, 0, 0);
+        QKeyEvent event(QEvent::KeyPress, Qt::Key_unknown, modifiers, keyCode + 8U, 0, 0, text);
         QCoreApplication::sendEvent(window.windowHandle(), &event);
     }
 
@@ -76,6 +80,7 @@ private:
 
 void SettingsWindowTest::cleanup()
 {
+    app().clock().advance(1); // The focusing step of a quick-add panel.
     m_app.reset();
     QVERIFY(windows().isEmpty());
 }
@@ -111,6 +116,18 @@ void SettingsWindowTest::theWindowStandsInTheMiddleOfTheScreen()
     QVERIFY(qAbs(window.geometry().center().x() - room.center().x()) <= 1);
     QVERIFY(qAbs(window.geometry().center().y() - room.center().y()) <= 20); // Its title bar counts too.
     QVERIFY(room.height() < 660 || room.contains(window.geometry()));
+}
+
+void SettingsWindowTest::controlWClosesIt()
+{
+    app().launch();
+    auto &window = open();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    auto *field = window.view().findChild<SettingField *>(u"apiKey"_s);
+    field->setFocus();
+    QTest::keyClick(field, Qt::Key_W, Qt::ControlModifier);
+    QVERIFY(!window.isVisible());
+    QVERIFY(!field->text().contains(u'w'));
 }
 
 void SettingsWindowTest::theMenuPanelClosesFirst()
@@ -255,6 +272,31 @@ void SettingsWindowTest::aShortcutThatTheSystemRefusesIsShownLikeAnyOther()
     for (const auto *text : window.findChildren<QLabel *>())
         isShown = isShown || text->text() == u"⌃K"_s;
     QVERIFY(isShown);
+}
+
+/// The desktop gives a grabbed key to the grab alone, so that the recording does not see it.
+void SettingsWindowTest::thePresentShortcutOpensTheQuickAddAndTheRecordingGoesOn()
+{
+    app().launch();
+    auto &window = open();
+    const auto &recorder = *window.findChild<HotkeyRecorderView *>();
+    button(window, u"record"_s)->click();
+    const auto &grabber = *app().platform.keyGrabber;
+    QCOMPARE(grabber.held, std::optional(std::pair(45U, 0x300U))); // It stays registered.
+    emit app().platform.keyGrabber->pressed();
+    QTRY_VERIFY(app().platform.inputPanel && app().platform.inputPanel->isVisible());
+    QVERIFY(recorder.isRecording());
+
+    auto &panel = app().platform.inputPanel->window;
+    QVERIFY(QTest::qWaitForWindowActive(&panel));
+    press(panel, 40, {}, u"k"_s); // The recording takes the keys of all windows.
+    QCOMPARE(panel.findChild<QLineEdit *>()->text(), QString());
+    press(panel, 53); // The panel has come last, so Escape is its own.
+    QVERIFY(!app().platform.inputPanel || !app().platform.inputPanel->isVisible());
+    QVERIFY(recorder.isRecording());
+    press(window, 40, Qt::ControlModifier);
+    QVERIFY(!recorder.isRecording());
+    QCOMPARE(grabber.held, std::optional(std::pair(40U, 0x1000U)));
 }
 
 void SettingsWindowTest::clearGivesTheShortcutBack()

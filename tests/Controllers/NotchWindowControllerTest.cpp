@@ -8,6 +8,7 @@
 
 #include <QTest>
 
+#include <cmath>
 #include <memory>
 
 using namespace Qt::StringLiterals;
@@ -19,6 +20,34 @@ const QRectF screen(0, 0, 1512, 982);
 const QRect idleFrame(656, -10, 200, 47);
 const QRect compactFrame(536, -10, 440, 50);
 const QRect expandedFrame(536, -10, 440, 210);
+
+double cubic(double t, double first, double second)
+{
+    return 3 * (1 - t) * (1 - t) * t * first + 3 * (1 - t) * t * t * second + t * t * t;
+}
+
+/// How far a movement has come after that part of its time: the curve from (0, 0) to (1, 1) with the control points
+/// (0.32, 0.72) and (0, 1).
+double wayAfter(double time)
+{
+    double low = 0;
+    double high = 1;
+    for (int i = 0; i < 60; ++i) {
+        const double t = (low + high) / 2;
+        (cubic(t, 0.32, 0) < time ? low : high) = t;
+    }
+    return cubic(low, 0.72, 1);
+}
+
+/// Where the panel is on the way, widened to whole pixels.
+QRect frameAfter(double time, const QRect &from, const QRect &to)
+{
+    const double way = wayAfter(time);
+    const auto between = [way](int a, int b) { return a + (b - a) * way; };
+    const auto left = int(std::floor(between(from.x(), to.x())));
+    const auto right = int(std::ceil(between(from.x() + from.width(), to.x() + to.width())));
+    return {left, -10, right - left, qRound(between(from.height(), to.height()))};
+}
 
 } // namespace
 
@@ -56,7 +85,7 @@ private slots:
     void openTheLeavingPointerAfterTheGuardCollapses();
     void collapsingWithThePointerInTheFrameDoesNothing_data();
     void collapsingWithThePointerInTheFrameDoesNothing();
-    void collapsingWithoutAPanelChangesTheState();
+    void withoutAPanelAStateIsTakenAndAnOpenOneSurvivesTheTick();
     void anItemThatFiresAfterTheStateHasChangedDoesNothing();
 
     void aHoverUnderHalfASecondLeavesTheCardOpenUntilTheNextOne();
@@ -78,6 +107,9 @@ private slots:
 
     void expandingTakesFourTenthsOfASecond();
     void shrinkingTakesThreeTenths();
+    void theMovementFollowsTheCurve_data();
+    void theMovementFollowsTheCurve();
+    void aTickWhileTheCardFoldsAwayDoesNotBeginTheMovementAnew();
     void theContentChangesWithTheBeginOfTheMovement();
     void anInterruptedMovementGoesOnFromWhereItIs();
 
@@ -120,7 +152,7 @@ void NotchWindowControllerTest::cleanup()
 void NotchWindowControllerTest::makeController(const QRectF &geometry)
 {
     m_platform->fakeScreens.setSingle(geometry, 32);
-    m_platform->fakeScreens.pointer = {300, 700};
+    m_platform->fakeScreens.pointer = QPointF(300, 700);
     m_controller
         = std::make_unique<NotchWindowController>(*m_world->viewModel, *m_platform, m_world->settings.settings);
     m_controller->setup();
@@ -435,23 +467,24 @@ void NotchWindowControllerTest::openTheLeavingPointerAfterTheGuardCollapses()
 
 void NotchWindowControllerTest::collapsingWithThePointerInTheFrameDoesNothing_data()
 {
-    QTest::addColumn<QPointF>("pointer");
+    QTest::addColumn<std::optional<QPointF>>("pointer");
     QTest::addColumn<bool>("isInside");
-    QTest::newRow("in the middle") << QPointF(700, 100) << true;
-    QTest::newRow("in a corner that is cut") << QPointF(538, 199) << true;
-    QTest::newRow("in the strip above the screen") << QPointF(700, -9) << true;
-    QTest::newRow("on the left edge") << QPointF(536, 100) << true;
-    QTest::newRow("left of it") << QPointF(535, 100) << false;
-    QTest::newRow("on the right edge") << QPointF(976, 100) << false;
-    QTest::newRow("beside the right edge") << QPointF(975, 100) << true;
-    QTest::newRow("on the lower edge") << QPointF(700, 200) << true;
-    QTest::newRow("below it") << QPointF(700, 201) << false;
-    QTest::newRow("on the upper edge") << QPointF(700, -10) << false;
+    QTest::newRow("in the middle") << std::optional(QPointF(700, 100)) << true;
+    QTest::newRow("in a corner that is cut") << std::optional(QPointF(538, 199)) << true;
+    QTest::newRow("in the strip above the screen") << std::optional(QPointF(700, -9)) << true;
+    QTest::newRow("on the left edge") << std::optional(QPointF(536, 100)) << true;
+    QTest::newRow("left of it") << std::optional(QPointF(535, 100)) << false;
+    QTest::newRow("on the right edge") << std::optional(QPointF(976, 100)) << false;
+    QTest::newRow("beside the right edge") << std::optional(QPointF(975, 100)) << true;
+    QTest::newRow("on the lower edge") << std::optional(QPointF(700, 200)) << true;
+    QTest::newRow("below it") << std::optional(QPointF(700, 201)) << false;
+    QTest::newRow("on the upper edge") << std::optional(QPointF(700, -10)) << false;
+    QTest::newRow("nowhere that anybody knows") << std::optional<QPointF>() << false;
 }
 
 void NotchWindowControllerTest::collapsingWithThePointerInTheFrameDoesNothing()
 {
-    QFETCH(const QPointF, pointer);
+    QFETCH(const std::optional<QPointF>, pointer);
     QFETCH(const bool, isInside);
     makeController();
     open();
@@ -461,7 +494,7 @@ void NotchWindowControllerTest::collapsingWithThePointerInTheFrameDoesNothing()
     QCOMPARE(state(), isInside ? NotchState::expanded : NotchState::idle);
 }
 
-void NotchWindowControllerTest::collapsingWithoutAPanelChangesTheState()
+void NotchWindowControllerTest::withoutAPanelAStateIsTakenAndAnOpenOneSurvivesTheTick()
 {
     NotchWindowController controller(*m_world->viewModel, *m_platform, m_world->settings.settings);
     controller.setState(NotchState::expanded);
@@ -545,10 +578,10 @@ void NotchWindowControllerTest::thePointerBesideTheShapeButInTheFrameKeepsTheCar
 {
     makeController();
     open();
-    m_platform->fakeScreens.pointer = {538, 199};
+    m_platform->fakeScreens.pointer = QPointF(538, 199);
     leave();
     pass(0.3);
-    m_platform->fakeScreens.pointer = {300, 700};
+    m_platform->fakeScreens.pointer = QPointF(300, 700);
     for (int i = 0; i < 10; ++i) {
         pass(1);
         tick();
@@ -728,6 +761,59 @@ void NotchWindowControllerTest::shrinkingTakesThreeTenths()
     pass(0.29);
     QCOMPARE(clock().sleeperCount(), 1);
     pass(0.01);
+    QCOMPARE(panel().frame, idleFrame);
+    QCOMPARE(clock().sleeperCount(), 0);
+}
+
+void NotchWindowControllerTest::theMovementFollowsTheCurve_data()
+{
+    QTest::addColumn<NotchState>("from");
+    QTest::addColumn<NotchState>("to");
+    QTest::addColumn<double>("seconds");
+    QTest::addColumn<QRect>("frame");
+    const auto idle = NotchState::idle;
+    const auto compact = NotchState::compact;
+    const auto expanded = NotchState::expanded;
+    QTest::newRow("a quarter of the way to the card")
+        << idle << expanded << 0.1 << frameAfter(0.25, idleFrame, expandedFrame);
+    QTest::newRow("half of it") << idle << expanded << 0.2 << frameAfter(0.5, idleFrame, expandedFrame);
+    QTest::newRow("three quarters of it") << idle << expanded << 0.3 << frameAfter(0.75, idleFrame, expandedFrame);
+    QTest::newRow("half of the way from the strip to the card")
+        << compact << expanded << 0.2 << frameAfter(0.5, compactFrame, expandedFrame);
+    QTest::newRow("a third of the way to rest")
+        << expanded << idle << 0.1 << frameAfter(1 / 3.0, expandedFrame, idleFrame);
+    QTest::newRow("half of it, to rest") << expanded << idle << 0.15 << frameAfter(0.5, expandedFrame, idleFrame);
+    QTest::newRow("half of the way from rest to the strip")
+        << idle << compact << 0.15 << frameAfter(0.5, idleFrame, compactFrame);
+}
+
+void NotchWindowControllerTest::theMovementFollowsTheCurve()
+{
+    QFETCH(const NotchState, from);
+    QFETCH(const NotchState, to);
+    QFETCH(const double, seconds);
+    makeController();
+    m_controller->setState(from);
+    pass(1);
+    m_controller->setState(to);
+    pass(seconds);
+    QTEST(panel().frame, "frame");
+}
+
+void NotchWindowControllerTest::aTickWhileTheCardFoldsAwayDoesNotBeginTheMovementAnew()
+{
+    makeController();
+    open();
+    leave();
+    pass(0.3); // Now it begins.
+    QCOMPARE(state(), NotchState::idle);
+    pass(0.1);
+    const QRect before = panel().frame;
+    tick();
+    QCOMPARE(panel().frame, before);
+    pass(0.05);
+    QCOMPARE(panel().frame, frameAfter(0.5, expandedFrame, idleFrame));
+    pass(0.15);
     QCOMPARE(panel().frame, idleFrame);
     QCOMPARE(clock().sleeperCount(), 0);
 }

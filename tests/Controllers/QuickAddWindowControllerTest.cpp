@@ -28,6 +28,7 @@ private slots:
     void nothingIsShownToBeginWith();
     void thePanelIsSetUpBeforeItIsShown();
     void thePanelStandsAboveTheMiddleOfTheMainScreen();
+    void thePanelStandsOnTheScreenWhereTheUserWorks();
     void theLowerEdgeStaysWhereItIsWhenTheTextsAreHigher();
     void withoutAScreenThePanelIsStillShown();
     void theKeyboardIsTakenOnceMoreAfterAMoment();
@@ -41,6 +42,9 @@ private slots:
     void submitMakesATaskAndClosesThePanelBeforeTheRequestHasFinished();
     void aSecondShowStraightAfterSubmitIsAllowed();
     void aNameSubmittedWhileTheControllerHasGoneDoesNothing();
+    void aSubmittedNameIsMadeATaskThoughTheControllerIsLetGo();
+    void aSubmittedNameGoesWithTheViewModelIfTheActionHasNotBegun();
+    void aRequestUnderWayEndsWithTheViewModel();
     void escapeClosesThePanelAndMakesNoTask_data();
     void escapeClosesThePanelAndMakesNoTask();
     void otherKeysReachTheField();
@@ -56,9 +60,10 @@ private:
         FakeNotion notion;
         FakePlatform platform;
         TestSettings settings;
-        TimerViewModel timerVM{platform.fakeNotifications, notion, settings.settings, platform.fakeClock};
+        std::unique_ptr<TimerViewModel> timerVM = std::make_unique<TimerViewModel>(
+            platform.fakeNotifications, notion, settings.settings, platform.fakeClock);
         std::shared_ptr<QuickAddWindowController> controller
-            = std::make_shared<QuickAddWindowController>(timerVM, platform);
+            = std::make_shared<QuickAddWindowController>(*timerVM, platform);
     };
 
     QuickAddWindowController &controller() { return *m_world->controller; }
@@ -132,6 +137,20 @@ void QuickAddWindowControllerTest::thePanelStandsAboveTheMiddleOfTheMainScreen()
     QCOMPARE(panel().frame.width(), 520);
     QCOMPARE(panel().frame.y() + panel().frame.height(), 900 - 550);
     QVERIFY(panel().frame.height() >= 90);
+}
+
+void QuickAddWindowControllerTest::thePanelStandsOnTheScreenWhereTheUserWorks()
+{
+    auto &screens = m_world->platform.fakeScreens;
+    screens.all.append(Screen{{1280, 100, 1920, 1080}, 0, {1280, 130, 1920, 1050}});
+    screens.main = screens.all.last();
+    controller().show();
+    QCOMPARE(panel().frame.left(), 1280 + 960 - 260);
+    QCOMPARE(panel().frame.y() + panel().frame.height(), 130 + 525 - 105);
+    controller().dismiss();
+    screens.main = screens.all.first(); // Asked anew each time.
+    controller().show();
+    QCOMPARE(panel().frame.left(), 640 - 260);
 }
 
 void QuickAddWindowControllerTest::theLowerEdgeStaysWhereItIsWhenTheTextsAreHigher()
@@ -252,14 +271,14 @@ void QuickAddWindowControllerTest::submitMakesATaskAndClosesThePanelBeforeTheReq
     QTest::keyClick(&field(), Qt::Key_Return);
     QVERIFY(!controller().isVisible());
     QTRY_COMPARE(m_world->notion.heldCount(), 1);
-    QVERIFY(m_world->timerVM.isLoading());
+    QVERIFY(m_world->timerVM->isLoading());
     const auto asked = m_world->notion.asked.value(0);
     QCOMPARE(asked.call, u"POST /pages"_s);
     QCOMPARE(asked.body["properties"_L1]["Name"_L1]["title"_L1][0]["text"_L1]["content"_L1].toString(),
              u"Call the framer"_s);
     m_world->notion.isHolding = false;
     m_world->notion.release();
-    QTRY_VERIFY(!m_world->timerVM.isLoading());
+    QTRY_VERIFY(!m_world->timerVM->isLoading());
 }
 
 void QuickAddWindowControllerTest::aSecondShowStraightAfterSubmitIsAllowed()
@@ -286,8 +305,51 @@ void QuickAddWindowControllerTest::aNameSubmittedWhileTheControllerHasGoneDoesNo
     QVERIFY(left); // It goes at the next turn of the event loop.
     emit left->returnPressed();
     QCoreApplication::processEvents();
-    QVERIFY(!m_world->timerVM.isLoading());
+    QVERIFY(!m_world->timerVM->isLoading());
     QVERIFY(m_world->notion.asked.isEmpty());
+}
+
+void QuickAddWindowControllerTest::aSubmittedNameIsMadeATaskThoughTheControllerIsLetGo()
+{
+    controller().show();
+    passFocusDelay();
+    field().setText(u"Call"_s);
+    QTest::keyClick(&field(), Qt::Key_Return);
+    const std::weak_ptr<QuickAddWindowController> weak = m_world->controller;
+    m_world->controller.reset();
+    QVERIFY(!weak.expired()); // The action to come holds it.
+    QTRY_VERIFY(m_world->notion.calls().contains(u"POST /pages"_s));
+    QVERIFY(weak.expired());
+    QTRY_VERIFY(!m_world->timerVM->isLoading());
+}
+
+void QuickAddWindowControllerTest::aSubmittedNameGoesWithTheViewModelIfTheActionHasNotBegun()
+{
+    controller().show();
+    passFocusDelay();
+    field().setText(u"Call"_s);
+    QTest::keyClick(&field(), Qt::Key_Return);
+    const std::weak_ptr<QuickAddWindowController> weak = m_world->controller;
+    m_world->controller.reset();
+    m_world->timerVM.reset();
+    QVERIFY(weak.expired());
+    QCoreApplication::processEvents();
+    QVERIFY(m_world->notion.asked.isEmpty());
+}
+
+void QuickAddWindowControllerTest::aRequestUnderWayEndsWithTheViewModel()
+{
+    m_world->notion.isHolding = true;
+    controller().show();
+    passFocusDelay();
+    field().setText(u"Call"_s);
+    QTest::keyClick(&field(), Qt::Key_Return);
+    QTRY_COMPARE(m_world->notion.heldCount(), 1);
+    m_world->controller.reset();
+    m_world->timerVM.reset();
+    QTRY_COMPARE(spawnedCount(), 0);
+    for (const auto &asked : std::as_const(m_world->notion.asked)) // And again, each time stopped before it is sent:
+        QCOMPARE(asked.body["parent"_L1]["database_id"_L1].toString(), u"tasks"_s); // no entry follows.
 }
 
 void QuickAddWindowControllerTest::escapeClosesThePanelAndMakesNoTask_data()
@@ -309,7 +371,7 @@ void QuickAddWindowControllerTest::escapeClosesThePanelAndMakesNoTask()
     QVERIFY(!controller().isVisible());
     QCOMPARE(monitorCount(), 0);
     QCoreApplication::processEvents();
-    QVERIFY(!m_world->timerVM.isLoading());
+    QVERIFY(!m_world->timerVM->isLoading());
     QVERIFY(m_world->notion.asked.isEmpty());
 }
 

@@ -3,8 +3,10 @@
 #include "Platform/TrayOnScreen.h"
 #include "Platform/XDesktop.h"
 
+#include <QClipboard>
 #include <QGuiApplication>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTest>
 
 #include <memory>
@@ -17,11 +19,35 @@ namespace {
 constexpr int patience = AttachedKorvo::patience;
 constexpr quint8 xKeyX = 53;
 constexpr QColor cardGround(10, 10, 10);
+constexpr QColor accent(48, 140, 198);         // The style's own.
 constexpr QRect otherPlace(60, 500, 300, 200); // Beside the panel.
 
 bool typeText(const QString &text)
 {
     return run(u"xdotool"_s, {u"type"_s, u"--delay"_s, u"20"_s, text});
+}
+
+/// What xdotool has to say of the window that has the keyboard.
+QString askActiveWindow(const QStringList &question)
+{
+    QProcess process;
+    process.start(u"xdotool"_s, QStringList{u"getactivewindow"_s} + question);
+    process.waitForFinished();
+    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+}
+
+QString activeWindowName()
+{
+    return askActiveWindow({u"getwindowname"_s});
+}
+
+/// Its middle, across the desktop.
+int middleOfActiveWindow()
+{
+    static const QRegularExpression figures(u"X=(-?\\d+).*WIDTH=(\\d+)"_s,
+                                            QRegularExpression::DotMatchesEverythingOption);
+    const auto found = figures.match(askActiveWindow({u"getwindowgeometry"_s, u"--shell"_s}));
+    return found.hasMatch() ? found.captured(1).toInt() + found.captured(2).toInt() / 2 : -1;
 }
 
 } // namespace
@@ -41,6 +67,9 @@ private slots:
     void theSecondPressClosesThePanel();
     void keysStruckRightBehindTheShortcutAreNotLost();
     void aDeadKeyAndItsLetterMakeOneCharacter();
+    void thePanelStandsOnTheMonitorOfTheWindowThatHasTheKeyboard();
+    void aPastedNameThatIsTooLongMakesNoTaskAndTheOldTimerHasEnded();
+    void theShortcutDuringARecordingOpensThePanelAndTheRecordingGoesOn();
     void quittingRightAfterTheShortcutEndsCleanly();
 
 private:
@@ -178,6 +207,58 @@ void QuickAddRoadTest::aDeadKeyAndItsLetterMakeOneCharacter()
     QVERIFY(run(u"xdotool"_s, {u"key"_s, u"f"_s, u"dead_circumflex"_s, u"e"_s, u"t"_s, u"e"_s, u"Return"_s}));
     QTRY_COMPARE_WITH_TIMEOUT(m_world->runningTask(), u"fête"_s, patience);
     QVERIFY(setLayout(u"us"_s));
+}
+
+/// One monitor is cut in two, as far as programs can see.
+void QuickAddRoadTest::thePanelStandsOnTheMonitorOfTheWindowThatHasTheKeyboard()
+{
+    const auto xrandr = [](const QStringList &arguments) { return run(u"xrandr"_s, arguments); };
+    QVERIFY(xrandr({u"--setmonitor"_s, u"left"_s, u"640/169x800/211+0+0"_s, u"screen"_s}));
+    QVERIFY(xrandr({u"--setmonitor"_s, u"right"_s, u"640/169x800/211+640+0"_s, u"none"_s}));
+    QVERIFY(run(u"xdotool"_s, {u"mousemove"_s, u"100"_s, u"400"_s}));
+    for (const int middle : {960, 320}) {
+        QVERIFY(m_other->showFocusedWindow({middle - 150, 560, 300, 200}));
+        QVERIFY(openPanel());
+        QTRY_COMPARE(activeWindowName(), u"Korvo"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(middleOfActiveWindow(), middle, patience); // Korvo may still learn of the monitors.
+        QVERIFY(typeKeys(u"Escape"_s));
+        QTRY_VERIFY(m_other->hasFocus());
+    }
+    QVERIFY(xrandr({u"--delmonitor"_s, u"right"_s}));
+    QVERIFY(xrandr({u"--delmonitor"_s, u"left"_s}));
+}
+
+void QuickAddRoadTest::aPastedNameThatIsTooLongMakesNoTaskAndTheOldTimerHasEnded()
+{
+    QVERIFY(!m_world->runningTask().isEmpty());
+    QGuiApplication::clipboard()->setText(QString(10000, u'x'));
+    QVERIFY(openPanel());
+    QVERIFY(typeKeys(u"ctrl+v"_s));
+    QVERIFY(typeKeys(u"Return"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(m_world->log().contains(u"Quick add failed: Server error 400: "_s), patience);
+    QVERIFY(m_world->log().contains(u"text.content.length should be ≤ `2000`"_s));
+    QCOMPARE(m_world->runningTask(), QString());
+    QTRY_COMPARE_WITH_TIMEOUT(m_world->seconds(), -1, patience); // The next poll no longer finds it.
+    QCOMPARE(m_world->property(u"Title"_s), u"Korvo, No timer running"_s);
+}
+
+void QuickAddRoadTest::theShortcutDuringARecordingOpensThePanelAndTheRecordingGoesOn()
+{
+    QVERIFY(clickTrayMenu(m_world->item(), u"Settings"_s));
+    QTRY_COMPARE(activeWindowName(), u"Korvo Settings"_s);
+    QVERIFY(run(u"xdotool"_s, {u"key"_s, u"Down"_s, u"Down"_s, u"Down"_s})); // To the tab General.
+    QVERIFY(typeKeys(u"alt+c"_s)); // Re&cord, a moment later: its field is highlighted, besides the tab.
+    QTRY_VERIFY(findOnScreen(accent).width() > 300);
+    QVERIFY(pressShortcut());
+    QTRY_COMPARE(activeWindowName(), u"Korvo"_s);
+    QTRY_VERIFY(isPanelShown());
+    QVERIFY(typeKeys(u"Escape"_s)); // Closes the panel alone,
+    QTRY_COMPARE(activeWindowName(), u"Korvo Settings"_s);
+    QVERIFY(!m_world->log().contains(u"keyCode: 40"_s));
+    QVERIFY(typeKeys(u"ctrl+k"_s)); // and this is still recorded.
+    QTRY_VERIFY(m_world->log().contains(u"Global hotkey registered (keyCode: 40, modifiers: 4096)"_s));
+    QVERIFY(typeKeys(u"ctrl+k"_s));
+    QTRY_COMPARE(activeWindowName(), u"Korvo"_s);
 }
 
 void QuickAddRoadTest::quittingRightAfterTheShortcutEndsCleanly()

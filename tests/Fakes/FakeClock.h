@@ -5,6 +5,7 @@
 
 #include <QList>
 
+#include <algorithm>
 #include <memory>
 #include <stop_token>
 
@@ -64,6 +65,13 @@ private:
         Completion<bool> done;
     };
 
+    /// The time after so many seconds; that of a wait without an end in sight is ten thousand years off.
+    QDateTime after(double seconds) const
+    {
+        constexpr double mostSeconds = 3.2e11;
+        return m_now.addMSecs(qRound64(std::min(seconds, mostSeconds) * 1000));
+    }
+
     QCoro::Task<bool> waitFor(Kind kind, double seconds, std::stop_token stop)
     {
         waits.append({kind, seconds});
@@ -71,11 +79,11 @@ private:
         if (stop.stop_requested())
             co_return false;
         if (isInstant || (arePausesInstant && kind == Kind::pause)) {
-            m_now = m_now.addMSecs(qRound64(seconds * 1000));
+            m_now = after(seconds);
             m_uptime += seconds;
             done.complete(true);
         } else {
-            m_sleepers.append({m_now.addMSecs(qRound64(seconds * 1000)), done});
+            m_sleepers.append({after(seconds), done});
         }
         const std::stop_callback onStop(stop, [done] { done.complete(false); });
         co_return co_await done;

@@ -14,7 +14,7 @@ public:
             return main;
         return all.isEmpty() ? std::nullopt : std::optional(all.first());
     }
-    QPointF pointerPosition() const override { return pointer; }
+    std::optional<QPointF> pointerPosition() const override { return pointer; }
     void change() { emit changed(); } ///< Tells that they have changed.
 
     /// One screen as of a laptop whose camera housing is `inset` high; 0 for one without.
@@ -22,7 +22,7 @@ public:
 
     std::optional<Screen> main; ///< Where the user works; the first screen if nobody says.
     QList<Screen> all{{QRectF(0, 0, 1280, 800), 0, QRectF(0, 24, 1280, 776)}};
-    QPointF pointer{640, 600};
+    std::optional<QPointF> pointer = QPointF(640, 600); ///< None if nobody can tell.
 };
 
 } // namespace korvo

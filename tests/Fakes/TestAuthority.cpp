@@ -83,6 +83,15 @@ TestAuthority::Identity TestAuthority::issue(const QByteArray &host, const QDate
             })};
 }
 
+TestAuthority::Identity TestAuthority::issueSelfSigned(const QByteArray &host) const
+{
+    const auto certificate
+        = make(host, "critical,CA:FALSE"_ba, "DNS:" + host, QDateTime::currentDateTimeUtc().addDays(1), m_key.get());
+    return {pemOf(certificate.get()), pem([this](BIO *buffer) {
+                PEM_write_bio_PrivateKey(buffer, m_key.get(), nullptr, nullptr, 0, nullptr, nullptr);
+            })};
+}
+
 TestAuthority::Certificate TestAuthority::make(const QByteArray &name, const QByteArray &constraints,
                                                const QByteArray &alternativeName, const QDateTime &notAfter,
                                                evp_pkey_st *key) const

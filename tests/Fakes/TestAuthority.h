@@ -34,6 +34,9 @@ public:
     Identity issue(const QByteArray &host,
                    const QDateTime &notAfter = QDateTime::currentDateTimeUtc().addDays(1)) const;
 
+    /// A certificate for `host` that nobody but itself vouches for.
+    Identity issueSelfSigned(const QByteArray &host) const;
+
 private:
     struct KeyCleanup {
         void operator()(evp_pkey_st *key) const;

@@ -117,6 +117,7 @@ private slots:
     void cleanup();
 
     void registersWithTheWatcher();
+    void aNameThatIsTakenGivesWayToTheConnectionsOwn();
     void registersWithAWatcherThatComesLater();
     void registersAgainWithTheNextWatcher();
     void aTrayThatGoesNoLongerShowsTheItem();
@@ -240,6 +241,20 @@ void StatusNotifierItemTest::registersWithTheWatcher()
     QVERIFY(
         m_tray->registered[0].startsWith(u"org.kde.StatusNotifierItem-%1-"_s.arg(QCoreApplication::applicationPid())));
     m_tray->service = m_tray->registered[0]; // It answers under the name that it gave.
+    QCOMPARE(m_tray->itemProperty(u"Id"_s).toString(), u"com.korvo.app"_s);
+}
+
+void StatusNotifierItemTest::aNameThatIsTakenGivesWayToTheConnectionsOwn()
+{
+    show();
+    const QString name = m_tray->registered[0];
+    const qsizetype number = name.lastIndexOf(u'-') + 1;
+    QVERIFY(m_tray->ownName(name.first(number) + QString::number(name.sliced(number).toInt() + 1)));
+    const StatusNotifierItem second;
+    QTRY_VERIFY(second.isShown());
+    QCOMPARE(m_tray->registered.size(), 2);
+    QVERIFY2(m_tray->registered[1].startsWith(u':'), qPrintable(m_tray->registered[1]));
+    m_tray->service = m_tray->registered[1];
     QCOMPARE(m_tray->itemProperty(u"Id"_s).toString(), u"com.korvo.app"_s);
 }
 

@@ -65,6 +65,11 @@ QPoint toDevice(const QPointF &point)
     return {int(point.x() * scale()), int(point.y() * scale())};
 }
 
+QRect toDevice(const QRect &rect)
+{
+    return {toDevice(QPointF(rect.topLeft())), rect.size() * scale()};
+}
+
 QImage screenshot()
 {
     QImage image = QGuiApplication::primaryScreen()->grabWindow().toImage();
@@ -76,6 +81,12 @@ QImage screenshot()
 QColor colorAt(const QPointF &point)
 {
     return screenshot().pixelColor(toDevice(point));
+}
+
+/// Whether what is over the panel is there still after ten times the time in which the panel would come above it.
+bool staysAbove()
+{
+    return !QTest::qWaitFor([] { return colorAt(frame.center()) == red; }, 300);
 }
 
 /// Types a letter and returns whether that program has got it, and nothing else.
@@ -109,6 +120,12 @@ private slots:
     void itIsOnEveryWorkspace();
     void theTaskListDoesNotHaveIt();
     void aWindowThatIsRaisedStaysBelow();
+    void aNewWindowOutsideOfTheWindowManagersCareIsAnsweredOnce_data();
+    void aNewWindowOutsideOfTheWindowManagersCareIsAnsweredOnce();
+    void menusAndTheLikeStayAbove_data();
+    void menusAndTheLikeStayAbove();
+    void aLockedScreenStaysAboveWithAllThatItShows();
+    void aMenuOfOurOwnStaysAbove();
     void orderFrontBringsItAboveWhatHasComeSince();
     void theCornersAreNotPainted();
     void theEdgeOfTheCornersIsSmooth();
@@ -320,6 +337,78 @@ void X11PanelTest::aWindowThatIsRaisedStaysBelow()
     m_other->raise();
     QTRY_COMPARE(m_other->stacking().last(), m_other->window());
     QTRY_COMPARE(colorAt(frame.center()), red);
+}
+
+void X11PanelTest::aNewWindowOutsideOfTheWindowManagersCareIsAnsweredOnce_data()
+{
+    QTest::addColumn<QByteArray>("type");
+    QTest::newRow("a dock") << "_NET_WM_WINDOW_TYPE_DOCK"_ba;
+    QTest::newRow("a notification") << "_NET_WM_WINDOW_TYPE_NOTIFICATION"_ba;
+    QTest::newRow("a plain one") << QByteArray();
+}
+
+void X11PanelTest::aNewWindowOutsideOfTheWindowManagersCareIsAnsweredOnce()
+{
+    QFETCH(const QByteArray, type);
+    m_panel = makePanel({.hasShadow = false, .isAboveEverything = true});
+    m_panel->orderFront();
+    QTRY_COMPARE(colorAt(frame.center()), red);
+    m_other->showUnmanagedWindow(toDevice(frame.adjusted(-40, -40, 40, 40)), type);
+    QTRY_COMPARE(colorAt(frame.topLeft() - QPoint(20, 20)), QColor(Qt::white));
+    QTRY_COMPARE(colorAt(frame.center()), red);
+    m_other->raiseUnmanagedWindow();
+    QTRY_COMPARE(colorAt(frame.center()), QColor(Qt::white));
+    QVERIFY(staysAbove());
+}
+
+void X11PanelTest::menusAndTheLikeStayAbove_data()
+{
+    QTest::addColumn<QByteArray>("type");
+    QTest::addColumn<bool>("isSavingUnder");
+    QTest::newRow("a menu") << "_NET_WM_WINDOW_TYPE_MENU"_ba << false;
+    QTest::newRow("a drop-down menu") << "_NET_WM_WINDOW_TYPE_DROPDOWN_MENU"_ba << false;
+    QTest::newRow("a pop-up menu") << "_NET_WM_WINDOW_TYPE_POPUP_MENU"_ba << false;
+    QTest::newRow("a tool tip") << "_NET_WM_WINDOW_TYPE_TOOLTIP"_ba << false;
+    QTest::newRow("a list of choices") << "_NET_WM_WINDOW_TYPE_COMBO"_ba << false;
+    QTest::newRow("what is being dragged") << "_NET_WM_WINDOW_TYPE_DND"_ba << false;
+    QTest::newRow("a menu of an old toolkit") << QByteArray() << true;
+}
+
+void X11PanelTest::menusAndTheLikeStayAbove()
+{
+    QFETCH(const QByteArray, type);
+    QFETCH(const bool, isSavingUnder);
+    m_panel = makePanel({.hasShadow = false, .isAboveEverything = true});
+    m_panel->orderFront();
+    QTRY_COMPARE(colorAt(frame.center()), red);
+    m_other->showUnmanagedWindow(toDevice(frame), type, isSavingUnder);
+    QTRY_COMPARE(colorAt(frame.center()), QColor(Qt::white));
+    QVERIFY(staysAbove());
+}
+
+void X11PanelTest::aLockedScreenStaysAboveWithAllThatItShows()
+{
+    m_panel = makePanel({.hasShadow = false, .isAboveEverything = true});
+    m_panel->orderFront();
+    QTRY_COMPARE(colorAt(frame.center()), red);
+    m_other->showUnmanagedWindow({QPoint(), QGuiApplication::primaryScreen()->size() * scale()});
+    QTRY_COMPARE(colorAt(frame.center()), QColor(Qt::white));
+    XClient prompt;
+    prompt.showUnmanagedWindow(toDevice(frame));
+    QVERIFY(staysAbove());
+}
+
+void X11PanelTest::aMenuOfOurOwnStaysAbove()
+{
+    m_panel = makePanel({.hasShadow = false, .isAboveEverything = true});
+    m_panel->orderFront();
+    QTRY_COMPARE(colorAt(frame.center()), red);
+    Plate popup{QColor(Qt::white)};
+    popup.setWindowFlags(Qt::Window | Qt::X11BypassWindowManagerHint | Qt::FramelessWindowHint);
+    popup.setGeometry(frame);
+    popup.show();
+    QTRY_COMPARE(colorAt(frame.center()), QColor(Qt::white));
+    QVERIFY(staysAbove());
 }
 
 void X11PanelTest::orderFrontBringsItAboveWhatHasComeSince()

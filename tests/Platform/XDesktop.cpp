@@ -75,6 +75,30 @@ bool XClient::showFocusedWindow(const QRect &place)
     });
 }
 
+void XClient::showUnmanagedWindow(const QRect &place, const QByteArray &type, bool isSavingUnder)
+{
+    m_window = xcb_generate_id(m_connection);
+    constexpr quint32 white = 0xffffff;
+    const quint32 values[]{white, true, isSavingUnder};
+    xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, m_window, m_root, qint16(place.x()), qint16(place.y()),
+                      quint16(place.width()), quint16(place.height()), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                      XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_SAVE_UNDER, values);
+    if (!type.isEmpty()) {
+        const xcb_atom_t value = atom(type.constData());
+        xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM,
+                            32, 1, &value);
+    }
+    xcb_map_window(m_connection, m_window);
+    raiseUnmanagedWindow();
+}
+
+void XClient::raiseUnmanagedWindow()
+{
+    constexpr quint32 above = XCB_STACK_MODE_ABOVE;
+    xcb_configure_window(m_connection, m_window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+    xcb_flush(m_connection);
+}
+
 bool XClient::hasFocus() const
 {
     const Reply<xcb_get_input_focus_reply_t> reply(
@@ -182,7 +206,8 @@ QList<quint32> XClient::numbers(quint32 window, const char *name) const
 {
     const auto bytes = property(window, name);
     QList<quint32> numbers(bytes.size() / qsizetype(sizeof(quint32)));
-    std::memcpy(numbers.data(), bytes.constData(), size_t(numbers.size()) * sizeof(quint32));
+    if (!numbers.isEmpty())
+        std::memcpy(numbers.data(), bytes.constData(), size_t(numbers.size()) * sizeof(quint32));
     return numbers;
 }
 

@@ -38,6 +38,10 @@ public:
     bool hasFocus() const;
     quint32 window() const { return m_window; }
 
+    /// Shows a window that the window manager has no say in, of that type or of none, and on top of all others.
+    void showUnmanagedWindow(const QRect &place, const QByteArray &type = {}, bool isSavingUnder = false);
+    void raiseUnmanagedWindow();
+
     /// Has the window manager make the window as large as the screen, above all others. False if it doesn't.
     bool makeFullScreen();
 

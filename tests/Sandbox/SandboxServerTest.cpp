@@ -29,6 +29,7 @@ private slots:
     void pipelinedRequestsAreAnsweredInOrder();
     void badBytesEndTheConnection();
     void requestsAreRecorded();
+    void theStatusOfTheAnswerIsRecorded();
     void theOldestConnectionGivesWay();
     void controlPathsNeedNoKey();
     void controlPathsChangeTheContent();
@@ -197,6 +198,25 @@ void SandboxServerTest::requestsAreRecorded()
     QVERIFY(requests[0].connection != requests[1].connection);
     server.clearRequests();
     QCOMPARE(server.requests().size(), 0);
+}
+
+void SandboxServerTest::theStatusOfTheAnswerIsRecorded()
+{
+    SandboxServer server;
+    QVERIFY(server.listen(0, false));
+    SandboxClient client(server);
+    const auto status = [&server] { return server.requests().last().status; };
+    client.call("GET", "/v1/users/me");
+    QCOMPARE(status(), 200);
+    QCOMPARE(client.call("GET", "/sandbox/requests").json()[u"requests"_s][0][u"status"_s], 200);
+    client.call("GET", "/v1/pages/none");
+    QVERIFY(status() >= 400);
+    server.faults().add(Fault::of(Fault::Kind::loseAnswer));
+    client.call("GET", "/v1/users/me");
+    QCOMPARE(status(), 0);
+    server.setApiKey(u"another"_s);
+    client.call("GET", "/v1/users/me");
+    QCOMPARE(status(), 401);
 }
 
 void SandboxServerTest::theOldestConnectionGivesWay()

@@ -189,6 +189,7 @@ private slots:
     void theAuthoritiesOfTheFolderAreTrustedIfTheyCanBeLookedUp();
     void aCertificateThatIsNotRightIsRefused_data();
     void aCertificateThatIsNotRightIsRefused();
+    void aSelfSignedCertificateIsRefused();
     void onlyTheRedirectedHostIsLedElsewhere();
     void aRedirectedHostIsReachedPastTheProxyOfTheEnvironment_data();
     void aRedirectedHostIsReachedPastTheProxyOfTheEnvironment();
@@ -843,6 +844,18 @@ void CurlTransportTest::aCertificateThatIsNotRightIsRefused()
     const auto words = told(fetch(transport, request));
     QVERIFY2(words.startsWith(u"The certificate of api.notion.com is not trusted (SSL"_s), qPrintable(words));
     QVERIFY(!words.contains(u"ntn_secret"_s));
+    QCOMPARE(server.requests.size(), 0);
+}
+
+void CurlTransportTest::aSelfSignedCertificateIsRefused()
+{
+    const TestAuthority authority;
+    RawHttpServer server(authority.issueSelfSigned(host));
+    server.reply(RawHttpServer::response(200));
+    CurlTransport transport;
+    transport.redirectHost(QString::fromLatin1(host), u"127.0.0.1"_s, server.port(), authority.caFile());
+    const auto words = told(fetch(transport, get(QUrl(u"https://api.notion.com/"_s))));
+    QVERIFY2(words.startsWith(u"The certificate of api.notion.com is not trusted (SSL"_s), qPrintable(words));
     QCOMPARE(server.requests.size(), 0);
 }
 

@@ -14,6 +14,7 @@
 #include "Views/Timeline.h"
 
 #include <QGraphicsOpacityEffect>
+#include <QImage>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -36,6 +37,33 @@ struct Look {
     QFont::Weight weight;
     QColor color;
 };
+
+struct Line {
+    double radius = 0;
+    double width = 0;
+};
+
+/// The line of a ring that stands empty, measured to the right of its middle.
+Line trackOf(ProgressRing &ring)
+{
+    constexpr int scale = 16;
+    constexpr double opacity = 0.15;
+    QImage picture(ring.size() * scale, QImage::Format_ARGB32);
+    picture.setDevicePixelRatio(scale);
+    picture.fill(Qt::transparent);
+    ring.render(&picture, {}, {}, QWidget::DrawChildren);
+    const int middle = picture.width() / 2;
+    Line line;
+    double sum = 0;
+    for (int x = middle; x < picture.width(); ++x) {
+        const double share = picture.pixelColor(x, picture.height() / 2).alphaF() / opacity;
+        line.width += share / scale;
+        line.radius += share * (x + 0.5 - middle) / scale;
+        sum += share;
+    }
+    line.radius /= sum;
+    return line;
+}
 
 bool hasLook(const QLabel *label, const Look &look)
 {
@@ -60,6 +88,8 @@ private slots:
     void clockAndRingTickOnceASecond();
     void ringByElapsedTime_data();
     void ringByElapsedTime();
+    void theLineOfTheRing_data();
+    void theLineOfTheRing();
     void theHeaderOfTheCard();
     void theStatsRowOfTheCard();
     void theButtonsOfTheCard();
@@ -230,6 +260,29 @@ void NotchContentViewTest::ringByElapsedTime()
         QTEST(visibleIn<ProgressRing>(*m_view).value(0)->color(), "color");
         QTEST(visibleIn<ClockText>(*m_view).value(0)->time(), "clock");
     }
+}
+
+void NotchContentViewTest::theLineOfTheRing_data()
+{
+    QTest::addColumn<NotchState>("state");
+    QTest::addColumn<double>("diameter");
+    QTest::addColumn<double>("width");
+    QTest::newRow("of the strip") << NotchState::compact << 20.0 << 2.5;
+    QTest::newRow("of the card") << NotchState::expanded << 36.0 << 3.0;
+}
+
+void NotchContentViewTest::theLineOfTheRing()
+{
+    QFETCH(const NotchState, state);
+    QFETCH(const double, diameter);
+    QFETCH(const double, width);
+    m_world->showTimer({.elapsed = 3600});
+    show(state, state == NotchState::compact ? compactSize : expandedSize);
+    auto *const ring = visibleIn<ProgressRing>(*m_view).value(0);
+    QVERIFY(ring);
+    const auto line = trackOf(*ring);
+    QVERIFY2(qAbs(line.width - width) < 0.1, qPrintable(QString::number(line.width)));
+    QVERIFY2(qAbs(2 * line.radius - diameter) < 0.2, qPrintable(QString::number(2 * line.radius)));
 }
 
 void NotchContentViewTest::theHeaderOfTheCard()

@@ -1,6 +1,8 @@
 #include "Views/SettingsView.h"
 
 #include "SettingsWorld.h"
+#include "Views/BusyIndicator.h"
+#include "Views/FormSection.h"
 #include "Views/FormText.h"
 #include "Views/LinkText.h"
 #include "Views/SettingField.h"
@@ -32,6 +34,51 @@ void addTabs()
         QTest::newRow(qPrintable(rawValue(tab))) << tab;
 }
 
+/// What stands for a control in a list of rows; nothing for what is no control or has nothing to show.
+QString signOf(const QWidget *widget)
+{
+    if (qobject_cast<const Picker *>(widget))
+        return u"(picker)"_s;
+    if (qobject_cast<const LinkText *>(widget))
+        return u"(hint)"_s;
+    if (qobject_cast<const BusyIndicator *>(widget))
+        return u"(spinner)"_s;
+    if (const auto *field = qobject_cast<const QLineEdit *>(widget))
+        return u"(field: %1)"_s.arg(field->placeholderText());
+    if (const auto *box = qobject_cast<const QCheckBox *>(widget))
+        return u"(toggle) "_s + box->text().remove(u'&');
+    if (const auto *button = qobject_cast<const QAbstractButton *>(widget))
+        return u"[%1]"_s.arg(button->text().remove(u'&'));
+    const auto *label = qobject_cast<const QLabel *>(widget);
+    return label ? label->text().remove(u'&') : QString();
+}
+
+/// What a form shows, row by row from the top down, each from left to right.
+QStringList rowsOf(const SettingsView &view)
+{
+    QList<std::pair<QPoint, QString>> signs;
+    for (const auto *section : visibleIn<FormSection>(view)) {
+        for (const auto *widget : visibleIn<QWidget>(*section)) {
+            if (const auto sign = signOf(widget); !sign.isEmpty())
+                signs.append({placeIn(view, widget).center(), sign});
+        }
+    }
+    std::sort(signs.begin(), signs.end(), [](const auto &a, const auto &b) { return a.first.y() < b.first.y(); });
+    QStringList rows;
+    for (auto first = signs.begin(); first != signs.end();) {
+        constexpr int sameRow = 6;
+        const int top = first->first.y();
+        const auto last
+            = std::find_if(first, signs.end(), [&](const auto &one) { return one.first.y() > top + sameRow; });
+        std::sort(first, last, [](const auto &a, const auto &b) { return a.first.x() < b.first.x(); });
+        QStringList row;
+        for (; first != last; ++first)
+            row.append(first->second);
+        rows.append(row.join(u' '));
+    }
+    return rows;
+}
+
 QPalette darkPalette()
 {
     return {QColor(50, 50, 50)};
@@ -48,6 +95,9 @@ private slots:
 
     void theContentNeedsSixHundredAndFortyByFourHundredAndSixty();
     void theSidebarIsAHundredAndSeventyWide();
+    void rowsStandInThisOrder_data();
+    void rowsStandInThisOrder();
+    void theSpinnerOfTheProjectsStandsBehindTheirPicker();
     void pickersStandInLine_data() { addTabs(); }
     void pickersStandInLine();
     void nothingIsCut_data();
@@ -123,6 +173,82 @@ void SettingsLayoutTest::theSidebarIsAHundredAndSeventyWide()
              picture.pixelColor(int(85 * ratio), int(400 * ratio)));
     QVERIFY(picture.pixelColor(int(85 * ratio), int(400 * ratio))
             != picture.pixelColor(int(180 * ratio), int(5 * ratio)));
+}
+
+void SettingsLayoutTest::rowsStandInThisOrder_data()
+{
+    QTest::addColumn<SettingsTab>("tab");
+    QTest::addColumn<bool>("isAllThere"); // Else: no schema, no camera housing, no reminder.
+    QTest::addColumn<QStringList>("rows");
+    const QStringList database{u"Database"_s, u"(field: Database ID (32 characters))"_s, u"[Load Fields]"_s};
+    const QStringList values{u"Status Values"_s, u"\"Running\" value (picker)"_s, u"\"Stopped\" value (picker)"_s};
+    const QStringList polling{u"Polling"_s, u"Active timer interval (picker)"_s, u"Idle interval (picker)"_s};
+    const QStringList system{u"System"_s, u"(toggle) Launch at Login"_s, u"(toggle) Show app icon in Dock"_s,
+                             u"When enabled, the Dock icon shows elapsed time while a timer is running."_s};
+    const QStringList reminder{u"Notifications"_s, u"(toggle) Notify when timer runs too long"_s};
+    const QStringList shortcuts{u"Shortcuts"_s, u"Quick Add ⇧⌘N [Record] [Clear]"_s};
+
+    QTest::newRow("Connection") << SettingsTab::connection << true
+                                << QStringList{u"API Key"_s, u"(field: Secret key (ntn_...))"_s,
+                                               u"[Test Connection] Connected"_s, u"(hint)"_s};
+    QTest::newRow("Time Tracker, nothing loaded") << SettingsTab::timeTracker << false << database;
+    QTest::newRow("Time Tracker") << SettingsTab::timeTracker << true
+                                  << database
+            + QStringList{u"Field Mapping"_s, u"Task Relation (picker)"_s, u"Start Time (picker)"_s,
+                          u"End Time (picker)"_s, u"Timer Status (picker)"_s}
+            + values;
+    QTest::newRow("Tasks, nothing loaded") << SettingsTab::tasks << false << database;
+    QTest::newRow("Tasks") << SettingsTab::tasks << true
+                           << database
+            + QStringList{u"Field Mapping"_s, u"Task Name (picker)"_s, u"Task Date (picker)"_s,
+                          u"Timer Status (picker)"_s}
+            + values
+            + QStringList{u"Extended Fields"_s, u"Project Relation (picker)"_s, u"Client Relation (picker)"_s,
+                          u"Resource not found"_s, u"Total Time Rollup (picker)"_s};
+    QTest::newRow("General without a camera housing, reminders off")
+        << SettingsTab::general << false << polling + system + reminder + shortcuts;
+    QTest::newRow("General") << SettingsTab::general << true
+                             << polling + system + reminder
+            + QStringList{u"Remind after (picker)"_s, u"Notch Interface"_s, u"(toggle) Use notch interface"_s,
+                          u"Shows timer around the MacBook notch. Menu bar will show icon only."_s}
+            + shortcuts;
+}
+
+void SettingsLayoutTest::rowsStandInThisOrder()
+{
+    QFETCH(const SettingsTab, tab);
+    QFETCH(const bool, isAllThere);
+    auto &store = m_world->store();
+    store.setReminderEnabled(isAllThere);
+    if (isAllThere)
+        m_world->screens.setSingle(QRectF(0, 0, 1512, 982), 38);
+    else {
+        store.setTimeTrackerDBId({});
+        store.setTasksDBId({});
+        m_world->change(&FieldMapping::taskProjectRelation, {});
+    }
+    m_world->show(tab);
+    if (isAllThere) {
+        m_world->notion.answer(u"GET /users/me"_s, {});
+        view().settingsVM().testConnection();
+        m_world->refuse(u"projects"_s, 404);
+        view().settingsVM().loadProjectsSchema();
+        m_world->settle();
+    }
+    QTEST(rowsOf(view()), "rows");
+}
+
+void SettingsLayoutTest::theSpinnerOfTheProjectsStandsBehindTheirPicker()
+{
+    m_world->show(SettingsTab::tasks);
+    auto rows = rowsOf(view());
+    m_world->notion.isHolding = true;
+    view().settingsVM().loadProjectsSchema();
+    settleLayout();
+    rows.replaceInStrings(u"Project Relation (picker)"_s, u"Project Relation (picker) (spinner)"_s);
+    QCOMPARE(rowsOf(view()), rows);
+    m_world->notion.isHolding = false;
+    m_world->settle();
 }
 
 void SettingsLayoutTest::pickersStandInLine()

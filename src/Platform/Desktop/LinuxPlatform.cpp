@@ -13,6 +13,7 @@
 #include "Platform/Linux/SignalLog.h"
 #include "Platform/Platform.h"
 #include "Platform/X11/ActiveWindow.h"
+#include "Platform/X11/KnownPointer.h"
 #include "Platform/X11/X11InputPanel.h"
 #include "Platform/X11/X11MouseMonitor.h"
 #include "Platform/X11/X11Panel.h"
@@ -79,7 +80,7 @@ private:
     LinuxClock m_clock;
     JournalLog m_systemLog;
     JsonUserDefaults m_userDefaults;
-    QtScreens m_screens{deviceTreeCompatible(), x11ActiveWindowGeometry};
+    QtScreens m_screens{deviceTreeCompatible(), x11ActiveWindowGeometry, isX11PointerKnown};
     XkbKeyboardLayout m_keyboardLayout;
     AutostartLoginItem m_loginItem;
     DesktopNotifications m_notificationCenter;

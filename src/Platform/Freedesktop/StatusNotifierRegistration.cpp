@@ -56,8 +56,13 @@ StatusNotifierRegistration::StatusNotifierRegistration(QDBusConnection connectio
                 name == watcherName ? setWatcher(owner) : setIndicator(name, owner);
             });
 
-    // Nobody has to call the item by its name, but some trays insist on one of this form.
-    m_connection.asyncCall(busCall(u"RequestName"_s, {m_itemName, 4U /* Don't queue. */}));
+    // Nobody has to call the item by its name, but some trays insist on one of this form. A sandbox may refuse it, and two of
+    // them may want the same, each with process numbers of its own; then the connection's own name has to do. The bus
+    // answers this before it tells of the watcher.
+    ask(busCall(u"RequestName"_s, {m_itemName, 4U /* Don't queue. */}), [this](const QDBusPendingReply<uint> &reply) {
+        if (reply.isError() || reply.value() != 1U /* Owner. */)
+            m_itemName = m_connection.baseService();
+    });
     for (const QString &name : indicatorNames()) {
         ask(busCall(u"GetNameOwner"_s, {name}), [this, name](const QDBusPendingReply<QString> &reply) {
             if (!reply.isError())

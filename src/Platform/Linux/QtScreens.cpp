@@ -42,9 +42,10 @@ constexpr std::chrono::milliseconds settleTime = 150ms;
 
 } // namespace
 
-QtScreens::QtScreens(QStringList machine, ActiveWindow activeWindow) :
+QtScreens::QtScreens(QStringList machine, ActiveWindow activeWindow, PointerCheck isPointerKnown) :
     m_machine(std::move(machine)),
-    m_activeWindow(std::move(activeWindow))
+    m_activeWindow(std::move(activeWindow)),
+    m_isPointerKnown(std::move(isPointerKnown))
 {
     m_settled.setSingleShot(true);
     m_settled.setInterval(settleTime);
@@ -57,7 +58,7 @@ Screen QtScreens::describe(const QScreen &screen) const
     // A program of Wayland's can't have a window beside the housing, or anywhere of its own choice.
     const bool isPlaceable = !QGuiApplication::platformName().startsWith(u"wayland");
     const double inset = isPlaceable ? notchInset(m_machine, screen.name(), deviceGeometry(screen).size(), scale) : 0;
-    return {screen.geometry(), inset, screen.availableGeometry()};
+    return {screen.geometry(), inset, screen.availableGeometry(), screen.name()};
 }
 
 QList<Screen> QtScreens::screens() const
@@ -80,8 +81,10 @@ std::optional<Screen> QtScreens::mainScreen() const
     return screen ? std::optional(describe(*screen)) : std::nullopt;
 }
 
-QPointF QtScreens::pointerPosition() const
+std::optional<QPointF> QtScreens::pointerPosition() const
 {
+    if (m_isPointerKnown && !m_isPointerKnown())
+        return std::nullopt;
     return QCursor::pos();
 }
 

@@ -20,12 +20,16 @@ public:
     /// Where the window is that has the keyboard, in device pixels of the whole desktop; none if nobody knows.
     using ActiveWindow = std::function<std::optional<QRect>()>;
 
+    /// Whether the toolkit's place of the pointer is where it is.
+    using PointerCheck = std::function<bool()>;
+
     /// `machine` as for `notchInset`.
-    explicit QtScreens(QStringList machine = deviceTreeCompatible(), ActiveWindow activeWindow = {});
+    explicit QtScreens(QStringList machine = deviceTreeCompatible(), ActiveWindow activeWindow = {},
+                       PointerCheck isPointerKnown = {});
 
     QList<Screen> screens() const override;
     std::optional<Screen> mainScreen() const override;
-    QPointF pointerPosition() const override;
+    std::optional<QPointF> pointerPosition() const override;
 
 protected:
     void connectNotify(const QMetaMethod &signal) override;
@@ -37,6 +41,7 @@ private:
 
     QStringList m_machine;
     ActiveWindow m_activeWindow;
+    PointerCheck m_isPointerKnown;
     QTimer m_settled; ///< Runs since something has changed.
     bool m_isWatching = false;
 };

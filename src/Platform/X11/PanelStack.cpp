@@ -1,12 +1,18 @@
 #include "Platform/X11/PanelStack.h"
 
+#include "Platform/X11/WindowProperties.h"
 #include "Platform/X11/X11Connection.h"
 
+#include <QGuiApplication>
+#include <QRect>
+#include <QScreen>
 #include <QSocketNotifier>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdlib>
+#include <span>
 
 using namespace std::chrono_literals;
 
@@ -30,6 +36,46 @@ QList<xcb_window_t> childrenOf(xcb_connection_t *connection, xcb_window_t window
         return {};
     const auto *const first = xcb_query_tree_children(tree.get());
     return {first, first + xcb_query_tree_children_length(tree.get())};
+}
+
+/// Whose windows those are: the identifiers of a client begin alike, and those of the server with nothing.
+quint32 ownerOf(xcb_window_t window)
+{
+    constexpr quint32 usedBits = 0x1fffffff;
+    return window & usedBits & ~xcb_get_setup(x11Connection())->resource_id_mask;
+}
+
+bool isOwn(xcb_window_t window)
+{
+    return ownerOf(window) == ownerOf(xcb_get_setup(x11Connection())->resource_id_base);
+}
+
+/// In device pixels, where the toolkit leaves the corner of a screen as it is.
+bool coversScreen(const QRect &place)
+{
+    return std::ranges::any_of(QGuiApplication::screens(), [&](const QScreen *screen) {
+        const QRect geometry = screen->geometry();
+        return place.contains({geometry.topLeft(), (QSizeF(geometry.size()) * screen->devicePixelRatio()).toSize()});
+    });
+}
+
+QRect placeOf(xcb_connection_t *connection, xcb_window_t window)
+{
+    const Reply<xcb_get_geometry_reply_t> geometry(
+        xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr));
+    return geometry ? QRect(geometry->x, geometry->y, geometry->width, geometry->height) : QRect();
+}
+
+/// Whether that is a menu or the like, which comes for a moment and at the user's wish. Old toolkits give theirs no type.
+bool isPopup(xcb_window_t window, const xcb_get_window_attributes_reply_t &attributes)
+{
+    const auto types = x11Numbers(window, "_NET_WM_WINDOW_TYPE");
+    if (types.isEmpty())
+        return attributes.save_under || !x11Numbers(window, "WM_TRANSIENT_FOR").isEmpty();
+    constexpr std::array popups{"_NET_WM_WINDOW_TYPE_MENU",       "_NET_WM_WINDOW_TYPE_DROPDOWN_MENU",
+                                "_NET_WM_WINDOW_TYPE_POPUP_MENU", "_NET_WM_WINDOW_TYPE_TOOLTIP",
+                                "_NET_WM_WINDOW_TYPE_COMBO",      "_NET_WM_WINDOW_TYPE_DND"};
+    return std::ranges::any_of(popups, [&](const char *popup) { return types.contains(x11Atom(popup)); });
 }
 
 } // namespace
@@ -106,6 +152,11 @@ void PanelStack::receive()
 {
     while (const auto event = Reply<xcb_generic_event_t>(xcb_poll_for_event(m_connection.get()))) {
         const int type = event->response_type & 0x7f;
+        if (type == XCB_MAP_NOTIFY) {
+            const auto &map = *reinterpret_cast<const xcb_map_notify_event_t *>(event.get());
+            if (map.override_redirect)
+                m_newcomers.append(map.window);
+        }
         if ((type == XCB_CONFIGURE_NOTIFY || type == XCB_MAP_NOTIFY) && !m_settled.isActive())
             m_settled.start();
     }
@@ -113,7 +164,8 @@ void PanelStack::receive()
         m_notifier->setEnabled(false); // The X server is gone, and will take the program along.
 }
 
-/// Raises the panels if a window of the window manager's is above one of them.
+/// Raises the panels if a window of the window manager's is above one of them, and those that are above everything if
+/// a new window covers one.
 void PanelStack::restore()
 {
     const auto all = childrenOf(m_connection.get(), x11RootWindow());
@@ -125,7 +177,40 @@ void PanelStack::restore()
     });
     if (isBelow)
         raiseFrom(0);
+    else if (!m_newcomers.isEmpty() && isNewcomerOver(all))
+        raiseFrom(std::ranges::find(m_windows, true, &Entry::isAboveEverything) - m_windows.begin());
+    m_newcomers.clear();
     receive(); // What came while the replies were read is no longer in the socket.
+}
+
+/// Whether a new window, in none's care and no popup, covers part of a panel above everything. Not so while something
+/// unmanaged fills a screen above the panel: that screen is locked.
+bool PanelStack::isNewcomerOver(const QList<xcb_window_t> &all) const
+{
+    auto *const connection = m_connection.get();
+    const auto panel = std::ranges::find_if(all, [this](xcb_window_t window) {
+        const auto entry = std::ranges::find(m_windows, window, &Entry::window);
+        return entry != m_windows.end() && entry->isAboveEverything;
+    });
+    if (panel == all.end())
+        return false;
+    const QRect room = placeOf(connection, *panel);
+    bool isCovered = false;
+    for (const xcb_window_t window : std::span(std::next(panel), all.end())) {
+        if (isOwn(window) || ownerOf(window) == 0)
+            continue;
+        const Reply<xcb_get_window_attributes_reply_t> attributes(
+            xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, window), nullptr));
+        if (!attributes || attributes->map_state != XCB_MAP_STATE_VIEWABLE
+            || attributes->_class != XCB_WINDOW_CLASS_INPUT_OUTPUT)
+            continue;
+        const QRect place = placeOf(connection, window);
+        if (coversScreen(place))
+            return false;
+        isCovered
+            = isCovered || (m_newcomers.contains(window) && place.intersects(room) && !isPopup(window, *attributes));
+    }
+    return isCovered;
 }
 
 /// Whether that is a window in the window manager's care which is to be seen, or its frame.

@@ -13,8 +13,10 @@ class QSocketNotifier;
 namespace korvo {
 
 /// Keeps the windows of the visible panels above all that a window manager has. It has no say in them, but some put the
-/// windows in their care above such ones whenever these change their order or fill the screen. What else programs put
-/// over a panel, as menus and locked screens, stays there. Listens over a connection of its own, while there are panels.
+/// windows in their care above such ones whenever these change their order or fill the screen. A window outside of its
+/// care that comes over a panel above everything, as that of a dock or a notification, is answered once, when it appears:
+/// if it raises itself again it stays, so that nobody fights. Menus, tool tips and the like, and locked screens, stay
+/// above at any rate. Listens over a connection of its own, while there are panels.
 class PanelStack final : public QObject {
     Q_OBJECT
 public:
@@ -42,11 +44,13 @@ private:
     void receive();
     void restore();
     bool isManaged(xcb_window_t window) const;
+    bool isNewcomerOver(const QList<xcb_window_t> &all) const;
     void raiseFrom(qsizetype first) const;
 
     QList<Entry> m_windows; ///< From the bottom up.
     std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
     std::unique_ptr<QSocketNotifier> m_notifier;
+    QList<xcb_window_t> m_newcomers;           ///< Appeared outside of the window manager's care since the last look.
     xcb_atom_t m_managedState = XCB_ATOM_NONE; ///< Window managers give it to all that they manage.
     QTimer m_settled;                          ///< Runs since windows have changed.
 };

@@ -1,8 +1,8 @@
 #!/usr/bin/python3
-"""compare.py BUILD_FOLDER [--quick] - what Korvo costs beside a bare tray program, as a table.
+"""tray.py BUILD_FOLDER [--quick] - what Korvo costs beside a bare tray program, a figure a line as JSON.
 
 Runs inside a headless desktop. Two runs of the floor program stand around those of Korvo; where the two differ by more
-than 10 % in what is compared, the machine was too busy to judge, and the table says so. Only ratios are judged.
+than 10 % in what is compared, the machine was too busy to judge, and the figure says so. Only ratios are judged.
 """
 import json
 import os
@@ -59,16 +59,22 @@ def korvo(workspace):
 
 
 FIGURES = [
-    ("start to a registered item, ms", lambda r: r["start"]["median"]),
-    ("proportional memory, MB", lambda r: r["memory"]["pss_mb"]),
-    ("anonymous memory, MB", lambda r: r["memory"]["pss_anon_mb"]),
-    ("CPU of the program, ms a minute", lambda r: r["idle"]["cpu_ms_per_min"]),
-    ("wake-ups of the program, a second", lambda r: r["idle"]["voluntary_switches_per_s"]),
-    ("CPU of the desktop, ms a minute", lambda r: r["idle"]["desktop_cpu_ms_per_min"]),
-    ("wake-ups of the desktop, a second", lambda r: r["idle"]["desktop_switches_per_s"]),
+    ("start to a registered item", "ms", lambda r: r["start"]["median"]),
+    ("proportional memory", "MB", lambda r: r["memory"]["pss_mb"]),
+    ("anonymous memory", "MB", lambda r: r["memory"]["pss_anon_mb"]),
+    ("CPU of the program", "ms a minute", lambda r: r["idle"]["cpu_ms_per_min"]),
+    ("wake-ups of the program", "a second", lambda r: r["idle"]["voluntary_switches_per_s"]),
+    ("CPU of the desktop", "ms a minute", lambda r: r["idle"]["desktop_cpu_ms_per_min"]),
+    ("wake-ups of the desktop", "a second", lambda r: r["idle"]["desktop_switches_per_s"]),
 ]
 GOALS = [1.5, 1.25, 1.5, 1.0, 1.0, 0.5, 0.5]  # Of the floor, with a timer running.
+RESTING_GOALS = [10, 1.2, None, None]  # Without a timer, from the CPU of the program on. None: as beside the still floor.
+NOISE = 1  # What the desktop does by itself differs by so much from minute to minute.
 OF_THE_DESKTOP = 5  # From here on what counts is what a program adds to a desktop whose tray stands still.
+
+
+def tell(**figure):
+    print(json.dumps(figure), flush=True)
 
 
 def main():
@@ -81,14 +87,15 @@ def main():
     second = measure("floor again", floor)
     nothing = measure("nothing in the tray moves", floor, "--no-tick")
 
-    print(f"{'':36}{'floor':>9}{'again':>9}{'Korvo':>9}{'ratio':>8}{'goal':>7}{'no timer':>10}{'still floor':>13}")
-    for i, ((name, get), goal) in enumerate(zip(FIGURES, GOALS)):
-        a, b, k, r, n = get(first), get(second), get(running), get(resting), get(nothing)
+    for i, ((name, unit, get), goal) in enumerate(zip(FIGURES, GOALS)):
+        a, b, k, n = get(first), get(second), get(running), get(nothing)
         base = (a + b) / 2
-        noisy = "  the two floors differ by over 10 %" if abs(a - b) > 0.1 * max(a, b, 0.1) else ""
         added = n if i >= OF_THE_DESKTOP else 0
-        print(f"{name:36}{a:9.1f}{b:9.1f}{k:9.1f}{(k - added) / max(base - added, 0.01):8.2f}{goal:7.2f}{r:10.1f}{n:13.1f}{noisy}")
-    print("no timer, goal: 10 ms of CPU a minute, 1.2 wake-ups a second, and the desktop as beside the still floor")
+        tell(name=name, value=k, unit=unit, floor=round(base, 2), ratio=(k - added) / max(base - added, 0.01), goal=goal,
+             noisy=abs(a - b) > 0.1 * max(a, b, 0.1))
+    for (name, unit, get), goal in zip(FIGURES[3:], RESTING_GOALS):
+        n = get(nothing)
+        tell(name=name + ", no timer", value=get(resting), unit=unit, floor=n, goal=goal if goal is not None else n + NOISE)
 
 
 main()
