@@ -1,0 +1,166 @@
+#include "World.h"
+
+#include "BrokenPromise.h"
+#include "Fakes/TestSettings.h"
+#include "Platform/KeyboardLayout.h"
+#include "Platform/LoginItem.h"
+#include "Utilities/Spawn.h"
+#include "sandbox/Workspace.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QJsonDocument>
+#include <QTimer>
+
+#include <chrono>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace korvo::campaign {
+
+namespace {
+
+constexpr auto patience = 60s; // Of real time, for what takes milliseconds.
+
+/// Turns the event loop until `isSo`. False if that takes far too long.
+template <typename Condition> bool turnUntil(Condition isSo)
+{
+    QElapsedTimer elapsed;
+    elapsed.start();
+    QTimer beat;
+    beat.start(20ms);
+    while (!isSo()) {
+        if (elapsed.hasExpired(std::chrono::milliseconds(patience).count()))
+            return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    return true;
+}
+
+} // namespace
+
+World::World(const QDateTime &start, const QString &folder) : clock(start), m_folder(folder)
+{
+    Clock::setShared(&clock);
+    KeyboardLayout::setShared(&platform.keyboardLayout());
+    LoginItem::setShared(&platform.loginItem());
+    server.setClock([this] { return clock.now(); });
+    QObject::connect(&server, &sandbox::SandboxServer::requestReceived, &server, [this] { ++requestCount; });
+    promise(server.listen(), u"The sandbox listens: "_s + server.errorString());
+    transport.transport.redirectHost(u"api.notion.com"_s, u"127.0.0.1"_s, server.port(), server.caFile());
+    fillSettings();
+}
+
+World::~World()
+{
+    if (delegate)
+        quit();
+    LoginItem::setShared(nullptr);
+}
+
+void World::fillSettings()
+{
+    JsonUserDefaults defaults(settingsFile());
+    const auto filled = TestSettings::load(defaults);
+    filled->setApiKey(server.apiKey());
+    filled->setTimeTrackerDBId(workspace().timeTrackerId());
+    filled->setTasksDBId(workspace().tasksId());
+    const auto mapping = QJsonDocument(sandbox::Workspace::fieldMapping()).toJson();
+    filled->setFieldMapping(FieldMapping::fromJson(mapping).value_or(FieldMapping()));
+}
+
+void World::launch()
+{
+    store = std::make_unique<JsonUserDefaults>(settingsFile());
+    UserDefaults::setStandard(store.get());
+    platform.store = store.get();
+    settings = TestSettings::load(*store);
+    delegate = std::make_unique<AppDelegate>(platform, transport, *settings);
+    delegate->applicationDidFinishLaunching();
+    delegate->findChild<QTimer *>(u"statusBarTimer"_s)->stop(); // The campaign ticks itself.
+    settle();
+    if (m_hasTray)
+        promise(turnUntil([this] { return platform.item->isShown(); }), u"The item shows in a tray after a start"_s);
+}
+
+void World::quit()
+{
+    delegate->applicationWillTerminate();
+    const bool hasEnded = finishSpawned(5000);
+    delegate.reset();
+    finishSpawned(5000);
+    settings.reset();
+    store.reset();
+    platform.store = nullptr;
+    deliver();
+    promise(hasEnded, u"All that is under way ends with the program"_s);
+}
+
+bool World::isAtRest()
+{
+    const int loops = settings->isConfigured() ? 1 : 0;
+    return transport.underWay() == 0 && !timer().isLoading() && spawnedCount() == loops
+        && clock.sleeperCount() == loops;
+}
+
+void World::settle()
+{
+    const bool rests = turnUntil([this] { return isAtRest(); });
+    promise(rests,
+            u"A poll or an action comes to its end: %1 requests under way, %2 coroutines, %3 sleepers%4"_s
+                .arg(transport.underWay())
+                .arg(spawnedCount())
+                .arg(clock.sleeperCount())
+                .arg(timer().isLoading() ? u", busy"_s : QString()));
+    deliver();
+}
+
+void World::deliver()
+{
+    for (int turn = 0; turn < 3; ++turn) {
+        QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
+void World::tick()
+{
+    QMetaObject::invokeMethod(delegate->findChild<QTimer *>(u"statusBarTimer"_s), "timeout");
+}
+
+std::optional<QString> World::shownTitle()
+{
+    if (platform.fallback)
+        return platform.fallback->title;
+    if (m_hasTray && platform.item && platform.item->isShown())
+        return tray.itemProperty(u"XAyatanaLabel"_s).toString();
+    return std::nullopt;
+}
+
+void World::setTray(bool hasTray)
+{
+    m_hasTray = hasTray;
+    if (hasTray)
+        tray.ownWatcherName();
+    else
+        tray.releaseWatcherName();
+    if (hasTray)
+        promise(turnUntil([this] { return platform.item->isShown() && !platform.fallback; }),
+                u"The item shows again in a tray that came back"_s);
+    else
+        promise(turnUntil([this] { return !platform.item->isShown() || platform.fallback; }),
+                u"The item notices that its tray has gone"_s);
+}
+
+void World::click()
+{
+    if (platform.fallback)
+        platform.fallback->click();
+    else if (m_hasTray)
+        tray.call(u"/StatusNotifierItem"_s, u"org.kde.StatusNotifierItem"_s, u"Activate"_s, {0, 24});
+    deliver();
+}
+
+} // namespace korvo::campaign
