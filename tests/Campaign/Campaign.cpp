@@ -3,6 +3,7 @@
 #include "BrokenPromise.h"
 #include "FaultDraw.h"
 #include "Utilities/Spawn.h"
+#include "Warnings.h"
 #include "sandbox/SampleSchema.h"
 #include "sandbox/Workspace.h"
 
@@ -59,6 +60,7 @@ void Campaign::run()
     const auto end = m_start + qint64(m_options.days * double(dayMilliseconds));
     while (m_world.clock.milliseconds() < end && (m_options.mostSteps == 0 || m_steps < m_options.mostSteps))
         step();
+    World::deliver();
 
     endFaults(m_world);
     tell(u"last poll"_s);
@@ -80,15 +82,14 @@ void Campaign::step()
 {
     ++m_steps;
     m_world.transport.clear();
-    const auto requestsBefore = m_world.requestCount;
     draw();
     keepAccount();
     m_world.tick();
     m_world.transport.clear();
     checkStatusItem(m_world);
     promise(m_world.transport.sends.isEmpty(), u"A tick sends nothing"_s);
+    promise(warnings().isEmpty(), u"Qt has nothing to complain of: "_s + warnings().join(u"; "_s));
     checkLog(m_world);
-    Q_UNUSED(requestsBefore)
 
     m_world.server.clearRequests();
     m_world.platform.forget();
@@ -96,7 +97,7 @@ void Campaign::step()
     m_world.tray.registered.clear();
     if (m_world.clock.milliseconds() >= m_nextSample) {
         housekeeping();
-        m_footprint.sample();
+        sample();
         m_nextSample = m_world.clock.milliseconds() + qint64(m_options.days * double(dayMilliseconds)) / sampleCount;
     }
 }
@@ -108,12 +109,12 @@ void Campaign::draw()
         void (Campaign::*act)();
     };
     static constexpr std::array choices{
-        Choice{40, &Campaign::passTime},      Choice{9, &Campaign::start},
-        Choice{8, &Campaign::stop},           Choice{6, &Campaign::quickAdd},
-        Choice{9, &Campaign::otherDevice},    Choice{12, &Campaign::faults},
-        Choice{3, &Campaign::suspend},        Choice{3, &Campaign::changeTray},
-        Choice{6, &Campaign::changeSettings}, Choice{2, &Campaign::changeWorkspace},
-        Choice{1, &Campaign::writeAsAnother}, Choice{3, &Campaign::useWindows},
+        Choice{130, &Campaign::passTime},      Choice{27, &Campaign::start},
+        Choice{24, &Campaign::stop},           Choice{18, &Campaign::quickAdd},
+        Choice{27, &Campaign::otherDevice},    Choice{36, &Campaign::faults},
+        Choice{5, &Campaign::suspend},         Choice{9, &Campaign::changeTray},
+        Choice{18, &Campaign::changeSettings}, Choice{5, &Campaign::changeWorkspace},
+        Choice{3, &Campaign::writeAsAnother},  Choice{9, &Campaign::useWindows},
         Choice{1, &Campaign::restart},
     };
     int total = 0;
@@ -184,6 +185,15 @@ void Campaign::housekeeping()
         workspace.setProperty(id, column::taskTimer,
                               QJsonObject{{u"select"_s, QJsonObject{{u"name"_s, u"Stopped"_s}}}});
     }
+}
+
+/// With the settings having been open, since their window stays until the next one.
+void Campaign::sample()
+{
+    openAndCloseSettings();
+    m_world.settle();
+    keepAccount();
+    m_footprint.sample();
 }
 
 QString Campaign::summary(double seconds)

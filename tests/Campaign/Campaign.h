@@ -28,6 +28,7 @@ public:
     void run();
 
     int stepCount() const { return m_steps; }
+    /// The last twenty, and what the process held.
     QStringList lastSteps() const { return m_lastSteps; }
     QString summary(double seconds);
 
@@ -37,6 +38,7 @@ private:
         std::function<void()> act;
         int entries = 0; ///< How many it makes when all goes well.
         int tasks = 0;
+        bool isStop = false;
     };
 
     void step();
@@ -44,6 +46,7 @@ private:
     void tell(const QString &words);
     void keepAccount();
     void housekeeping();
+    void sample();
     bool isClean();
 
     // What happens.
@@ -54,6 +57,7 @@ private:
     void stop();
     void quickAdd();
     void press(const Press &press);
+    void planLostCreates();
     void otherDevice();
     void faults();
     void suspend();
@@ -62,6 +66,7 @@ private:
     void changeWorkspace();
     void writeAsAnother();
     void useWindows();
+    void openAndCloseSettings();
     void restart();
 
     void setReminderHours(double hours);

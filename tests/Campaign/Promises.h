@@ -25,8 +25,8 @@ bool canWrite(World &world);
 void checkShownTimer(World &world);
 /// The item in the tray, after a tick.
 void checkStatusItem(World &world);
-/// The account of one poll.
-void checkPollRequests(World &world);
+/// The account of one poll. One to which nothing happens sends nothing twice.
+void checkPollRequests(World &world, bool isUndisturbed);
 /// Nothing went out since the account was begun.
 void checkSilence(World &world, qint64 requestsBefore);
 /// The stored file holds the settings, and stands alone in its folder. Others' values are where they were put.

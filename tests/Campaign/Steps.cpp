@@ -56,7 +56,7 @@ void Campaign::poll()
     const auto before = m_world.timer().activeTimer();
     m_world.clock.turnTo(m_world.clock.nextWake().value_or(0));
     m_world.settle();
-    checkPollRequests(m_world);
+    checkPollRequests(m_world, isUndisturbed);
     const auto expected
         = m_world.timer().activeTimer() ? m_world.settings->pollIntervalActive() : m_world.settings->pollIntervalIdle();
     promise(m_world.clock.lastSleep() == expected, u"The next poll comes after %1 s"_s.arg(expected));
@@ -69,6 +69,8 @@ void Campaign::poll()
 
 void Campaign::press(const Press &press)
 {
+    if (press.entries > 0 && m_dice.oneIn(4))
+        planLostCreates();
     tell(press.words + (isClean() ? u", all well"_s : QString()));
     keepAccount();
     ++m_presses;
@@ -76,8 +78,8 @@ void Campaign::press(const Press &press)
     const auto &active = m_world.timer().activeTimer();
     const auto *activePage = active ? workspace.page(active->id) : nullptr;
     const bool isActiveThere = !active || (activePage && !activePage->isInTrash);
-    const bool isUndisturbed = isClean();
-    const bool isSure = isUndisturbed && isActiveThere && canWrite(m_world);
+    const auto activeId = active ? active->id : QString();
+    const bool isSure = isClean() && isActiveThere && canWrite(m_world);
     const auto entriesBefore = pageIds(m_world, workspace.timeTrackerId());
     const auto tasksBefore = pageIds(m_world, workspace.tasksId());
 
@@ -103,8 +105,21 @@ void Campaign::press(const Press &press)
     };
     check(u"entries"_s, entries, press.entries);
     check(u"tasks"_s, tasks, press.tasks);
+    if (isSure && (press.isStop || press.entries > 0))
+        promise(!workspace.runningEntries().contains(activeId), u"The timer that was shown is ended"_s);
     if (isSure)
         poll(); // The action's own may have been overtaken by one that was due.
+}
+
+/// Answers to creates that get lost, each with the page made: what the retries may double.
+void Campaign::planLostCreates()
+{
+    using sandbox::Fault;
+    const auto kind = m_dice.of({Fault::Kind::loseAnswer, Fault::Kind::cutBody, Fault::Kind::cutHeaders});
+    const sandbox::FaultMatch match{
+        .method = "POST", .pathPrefix = "/v1/pages", .nth = m_dice.between(1, 2), .times = m_dice.between(1, 4)};
+    m_world.server.faults().add(Fault::of(kind), match);
+    tell(u"%1 creates lose their answer from the %2."_s.arg(match.times).arg(match.nth));
 }
 
 void Campaign::start()
@@ -121,15 +136,30 @@ void Campaign::start()
 void Campaign::stop()
 {
     const bool isByMenu = m_dice.oneIn(2);
-    press({.words = isByMenu ? u"stop by the menu"_s : u"stop"_s, .act = [this] { m_world.timer().stopTimer(); }});
+    press({.words = isByMenu ? u"stop by the menu"_s : u"stop"_s,
+           .act =
+               [this, isByMenu] {
+                   if (isByMenu && m_world.shownTitle())
+                       m_world.stopByMenu();
+                   else
+                       m_world.timer().stopTimer();
+               },
+           .isStop = true});
 }
 
 void Campaign::quickAdd()
 {
     const auto name = u"Quick %1 %2"_s.arg(++m_names).arg(
         m_dice.of<QString>({u"call"_s, u"“Müller” & Söhne"_s, u"日本語"_s, u"\U0001F600"_s, u"a\tb\\\"c"_s}));
-    press({.words = u"quick add '%1'"_s.arg(name),
-           .act = [this, name] { m_world.timer().quickAddTask(name); },
+    const bool isTyped = m_dice.oneIn(2);
+    press({.words = u"quick add '%1'%2"_s.arg(name, isTyped ? u", typed"_s : QString()),
+           .act =
+               [this, name, isTyped] {
+                   if (isTyped && !m_world.timer().isLoading())
+                       m_world.typeQuickAdd(name);
+                   else
+                       m_world.timer().quickAddTask(name);
+               },
            .entries = 1,
            .tasks = 1});
 }
@@ -193,7 +223,7 @@ void Campaign::suspend()
     if (areDropped)
         m_world.server.dropConnections();
     m_world.settle();
-    checkPollRequests(m_world);
+    checkPollRequests(m_world, isUndisturbed);
     promise(m_world.clock.nextWake().value_or(0) > m_world.clock.milliseconds() || !isUndisturbed,
             u"One poll follows a suspension"_s);
     if (isUndisturbed)
@@ -347,16 +377,21 @@ void Campaign::useWindows()
         break;
     default:
         tell(u"the settings open and close"_s);
-        m_world.delegate->openSettings();
-        if (m_dice.oneIn(2))
-            m_world.settle();
-        const auto windows = QApplication::topLevelWidgets();
-        for (auto *window : windows) {
-            if (qobject_cast<SettingsWindow *>(window))
-                window->close();
-        }
+        openAndCloseSettings();
         m_world.settle();
         checkStoredSettings(m_world, m_foreign);
+    }
+}
+
+void Campaign::openAndCloseSettings()
+{
+    m_world.delegate->openSettings();
+    if (m_dice.oneIn(2))
+        m_world.settle();
+    const auto windows = QApplication::topLevelWidgets();
+    for (auto *window : windows) {
+        if (qobject_cast<SettingsWindow *>(window))
+            window->close();
     }
 }
 

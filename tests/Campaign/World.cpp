@@ -8,11 +8,16 @@
 #include "sandbox/Workspace.h"
 
 #include <QCoreApplication>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
 #include <QElapsedTimer>
 #include <QJsonDocument>
+#include <QKeyEvent>
+#include <QLineEdit>
 #include <QTimer>
 
 #include <chrono>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -56,7 +61,7 @@ World::World(const QDateTime &start, const QString &folder) : clock(start), m_fo
 World::~World()
 {
     if (delegate)
-        quit();
+        end();
     LoginItem::setShared(nullptr);
 }
 
@@ -87,6 +92,11 @@ void World::launch()
 
 void World::quit()
 {
+    promise(end(), u"All that is under way ends with the program"_s);
+}
+
+bool World::end()
+{
     delegate->applicationWillTerminate();
     const bool hasEnded = finishSpawned(5000);
     delegate.reset();
@@ -95,7 +105,8 @@ void World::quit()
     store.reset();
     platform.store = nullptr;
     deliver();
-    promise(hasEnded, u"All that is under way ends with the program"_s);
+    m_isReminded = false;
+    return hasEnded;
 }
 
 bool World::isAtRest()
@@ -127,7 +138,15 @@ void World::deliver()
 
 void World::tick()
 {
+    const auto shown = platform.fakeNotifications.shown.size();
     QMetaObject::invokeMethod(delegate->findChild<QTimer *>(u"statusBarTimer"_s), "timeout");
+    const auto &entry = timer().activeTimer();
+    const auto id = entry ? entry->id : QString();
+    if (std::exchange(m_shownEntry, id) != id)
+        m_isReminded = false;
+    const auto reminders = platform.fakeNotifications.shown.size() - shown;
+    promise(reminders <= (m_isReminded ? 0 : 1), u"One entry is reminded of once"_s);
+    m_isReminded = m_isReminded || reminders > 0;
 }
 
 std::optional<QString> World::shownTitle()
@@ -152,6 +171,31 @@ void World::setTray(bool hasTray)
     else
         promise(turnUntil([this] { return !platform.item->isShown() || platform.fallback; }),
                 u"The item notices that its tray has gone"_s);
+}
+
+void World::stopByMenu()
+{
+    constexpr int stop = 4; // Behind "Open", a line and the task's name.
+    if (platform.fallback) {
+        platform.fallback->choose(u"Stop"_s);
+    } else if (m_hasTray) {
+        const auto menu = tray.itemProperty(u"Menu"_s).value<QDBusObjectPath>();
+        tray.call(menu.path(), u"com.canonical.dbusmenu"_s, u"Event"_s,
+                  {stop, u"clicked"_s, QVariant::fromValue(QDBusVariant(QString())), 0U});
+    }
+}
+
+void World::typeQuickAdd(const QString &name)
+{
+    platform.keyGrabber->press();
+    deliver();
+    promise(platform.inputPanel && platform.inputPanel->isVisible(), u"The shortcut shows the quick-add panel"_s);
+    auto *field = platform.inputPanel->window.findChild<QLineEdit *>();
+    field->setText(name);
+    QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+    QCoreApplication::sendEvent(field, &enter);
+    deliver();
+    promise(!platform.inputPanel || !platform.inputPanel->isVisible(), u"The quick-add panel closes"_s);
 }
 
 void World::click()

@@ -26,7 +26,6 @@ public:
     void launch();
     /// Ends it as a user does, with whatever is under way.
     void quit();
-    bool isRunning() const { return delegate != nullptr; }
 
     /// Turns the event loop until nothing is under way but the sleep between polls.
     void settle();
@@ -39,7 +38,10 @@ public:
     std::optional<QString> shownTitle();
     bool hasTray() const { return m_hasTray; }
     void setTray(bool hasTray);
-    void click(); ///< On the status item.
+    void click();      ///< On the status item.
+    void stopByMenu(); ///< The item's menu, where there is one.
+    /// Types a name into the panel of the shortcut.
+    void typeQuickAdd(const QString &name);
 
     QString settingsFile() const { return m_folder + QStringLiteral("/config/Korvo/defaults.json"); }
     QString logFile() const { return m_folder + QStringLiteral("/state/Korvo/korvo.log"); }
@@ -60,10 +62,13 @@ public:
 
 private:
     bool isAtRest();
+    bool end(); ///< False if something goes on after the end.
     void fillSettings();
 
     const QString m_folder;
     bool m_hasTray = true;
+    QString m_shownEntry; ///< At the last tick.
+    bool m_isReminded = false;
 };
 
 } // namespace korvo::campaign

@@ -4,6 +4,7 @@
 #include "Campaign.h"
 #include "Platform/PrivateBus.h"
 #include "ProcessFigures.h"
+#include "Warnings.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -14,6 +15,7 @@
 #include <QTextStream>
 
 #include <cstdio>
+#include <ctime>
 
 using namespace Qt::StringLiterals;
 using namespace korvo;
@@ -88,12 +90,24 @@ int main(int argc, char **argv)
                                     .days = parser.value(u"days"_s).toDouble(),
                                     .mostSteps = parser.value(u"steps"_s).toInt(),
                                     .isVerbose = parser.isSet(u"verbose"_s)};
+    // Where the day is not UTC's, and in some seasons has an hour more or less.
+    const QList<QByteArray> zones{"Europe/Berlin",
+                                  "America/New_York",
+                                  "America/Havana",
+                                  "Atlantic/Azores",
+                                  "Asia/Kolkata",
+                                  "Pacific/Auckland",
+                                  "UTC"};
+    qputenv("TZ", zones[qsizetype(options.seed % quint32(zones.size()))]);
+    ::tzset();
     QTextStream out(stdout);
     out << "korvo-campaign --seed " << options.seed << " --days " << options.days << Qt::endl;
 
+    keepWarnings();
     auto outcome = runCampaign(options, folder.path());
     if (outcome.isGood && childCount() != 1) // The bus.
         outcome = {u"Broken at the end of seed %1: a process is left"_s.arg(options.seed), false};
     out << outcome.words << Qt::endl;
+    bus.kill();
     return outcome.isGood ? 0 : 1;
 }
