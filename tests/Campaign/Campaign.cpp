@@ -13,6 +13,7 @@
 
 #include <array>
 #include <cstdio>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -164,9 +165,9 @@ void Campaign::housekeeping()
     auto &workspace = m_world.workspace();
     namespace column = sandbox::sampleproperty;
     const auto running = workspace.runningEntries();
-    const auto entries = pageIds(m_world, workspace.timeTrackerId());
+    const auto entries = pageIds(m_world, workspace.timeTrackerId()) + std::exchange(m_thrownAway, {});
     for (const auto &id : entries) {
-        if (running.contains(id))
+        if (running.contains(id) || !workspace.page(id))
             continue;
         workspace.setProperty(id, column::entryTask, QJsonObject{{u"relation"_s, QJsonArray{}}});
         workspace.removePage(id);
@@ -187,10 +188,13 @@ void Campaign::housekeeping()
     }
 }
 
-/// With the settings having been open, since their window stays until the next one.
+/// In the same state each time: all well, and the settings' window, which stays until the next one, with all that it
+/// offers.
 void Campaign::sample()
 {
-    openAndCloseSettings();
+    endFaults(m_world);
+    mendMapping();
+    openAndCloseSettings(true);
     m_world.settle();
     keepAccount();
     m_footprint.sample();

@@ -66,7 +66,7 @@ private:
     void changeWorkspace();
     void writeAsAnother();
     void useWindows();
-    void openAndCloseSettings();
+    void openAndCloseSettings(bool isLoadWaitedFor);
     void restart();
 
     void setReminderHours(double hours);
@@ -77,6 +77,7 @@ private:
     World m_world;
     Footprint m_footprint;
     QMap<QString, double> m_foreign; ///< What another process has put into the store and nobody changed since.
+    QSet<QString> m_thrownAway; ///< Entries.
     qint64 m_start = 0;
     qint64 m_nextSample = 0;
     int m_steps = 0;

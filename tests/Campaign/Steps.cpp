@@ -37,6 +37,8 @@ void Campaign::staySilent()
     const auto wake = m_world.clock.nextWake().value_or(0);
     const auto requests = m_world.requestCount;
     const auto left = wake - m_world.clock.milliseconds();
+    if (left <= 0)
+        return; // The poll is due: a long pause of an action's ended a moment ago.
     for (const qint64 part : {left / 3, left / 2}) {
         m_world.clock.turnTo(wake - part);
         m_world.tick();
@@ -188,6 +190,7 @@ void Campaign::otherDevice()
         const auto id = m_dice.of(running);
         tell(u"another device throws away "_s + id);
         workspace.setInTrash(id, true);
+        m_thrownAway.insert(id);
     }
 }
 
@@ -377,16 +380,16 @@ void Campaign::useWindows()
         break;
     default:
         tell(u"the settings open and close"_s);
-        openAndCloseSettings();
+        openAndCloseSettings(m_dice.oneIn(2));
         m_world.settle();
         checkStoredSettings(m_world, m_foreign);
     }
 }
 
-void Campaign::openAndCloseSettings()
+void Campaign::openAndCloseSettings(bool isLoadWaitedFor)
 {
     m_world.delegate->openSettings();
-    if (m_dice.oneIn(2))
+    if (isLoadWaitedFor)
         m_world.settle();
     const auto windows = QApplication::topLevelWidgets();
     for (auto *window : windows) {
