@@ -188,14 +188,18 @@ void Campaign::housekeeping()
     }
 }
 
-/// In the same state each time: all well, and the settings' window, which stays until the next one, with all that it
-/// offers.
+/// In the same state each time: all well, one connection, and the settings' window, which stays until the next one, with
+/// all that it offers.
 void Campaign::sample()
 {
     endFaults(m_world);
     mendMapping();
     openAndCloseSettings(true);
     m_world.settle();
+    m_world.server.dropConnections();
+    World::deliver();
+    poll();
+    m_world.server.clearRequests();
     keepAccount();
     m_footprint.sample();
 }

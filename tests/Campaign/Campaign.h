@@ -77,7 +77,7 @@ private:
     World m_world;
     Footprint m_footprint;
     QMap<QString, double> m_foreign; ///< What another process has put into the store and nobody changed since.
-    QSet<QString> m_thrownAway; ///< Entries.
+    QSet<QString> m_thrownAway;      ///< Entries.
     qint64 m_start = 0;
     qint64 m_nextSample = 0;
     int m_steps = 0;
