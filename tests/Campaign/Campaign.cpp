@@ -61,7 +61,6 @@ void Campaign::run()
     const auto end = m_start + qint64(m_options.days * double(dayMilliseconds));
     while (m_world.clock.milliseconds() < end && (m_options.mostSteps == 0 || m_steps < m_options.mostSteps))
         step();
-    World::deliver();
 
     endFaults(m_world);
     tell(u"last poll"_s);

@@ -28,7 +28,7 @@ public:
     void run();
 
     int stepCount() const { return m_steps; }
-    /// The last twenty, and what the process held.
+    /// Twenty at most.
     QStringList lastSteps() const { return m_lastSteps; }
     QString summary(double seconds);
 

@@ -32,23 +32,18 @@ Outcome runCampaign(const Campaign::Options &options, const QString &folder)
 {
     QElapsedTimer elapsed;
     elapsed.start();
-    QStringList lastSteps;
-    int step = 0;
     try {
         Campaign campaign(options, folder);
         try {
             campaign.run();
             return {campaign.summary(double(elapsed.elapsed()) / 1000.0), true};
         } catch (const BrokenPromise &broken) {
-            lastSteps = campaign.lastSteps();
-            step = campaign.stepCount();
-            return {u"Broken in step %1 of seed %2: %3\n%4"_s.arg(step)
+            return {u"Broken in step %1 of seed %2: %3\n%4"_s.arg(campaign.stepCount())
                         .arg(options.seed)
-                        .arg(broken.words, lastSteps.join(u'\n')),
-                    false};
+                        .arg(broken.words, campaign.lastSteps().join(u'\n'))};
         }
     } catch (const BrokenPromise &broken) {
-        return {u"Broken at the start or the end of seed %1: %2"_s.arg(options.seed).arg(broken.words), false};
+        return {u"Broken before the first step of seed %1: %2"_s.arg(options.seed).arg(broken.words)};
     }
 }
 
