@@ -83,6 +83,13 @@ void World::launch()
     platform.store = store.get();
     settings = TestSettings::load(*store);
     delegate = std::make_unique<AppDelegate>(platform, transport, *settings);
+    // A stop that was answered well lets the entry count anew, should it turn up again.
+    QObject::connect(&timer(), &TimerViewModel::activeTimerChanged, &timer(), [this] {
+        const auto &entry = timer().activeTimer();
+        const auto id = entry ? entry->id : QString();
+        if (std::exchange(m_shownEntry, id) != id)
+            m_isReminded = false;
+    });
     delegate->applicationDidFinishLaunching();
     delegate->findChild<QTimer *>(u"statusBarTimer"_s)->stop(); // The campaign ticks itself.
     settle();
@@ -140,10 +147,6 @@ void World::tick()
 {
     const auto shown = platform.fakeNotifications.shown.size();
     QMetaObject::invokeMethod(delegate->findChild<QTimer *>(u"statusBarTimer"_s), "timeout");
-    const auto &entry = timer().activeTimer();
-    const auto id = entry ? entry->id : QString();
-    if (std::exchange(m_shownEntry, id) != id)
-        m_isReminded = false;
     const auto reminders = platform.fakeNotifications.shown.size() - shown;
     promise(reminders <= (m_isReminded ? 0 : 1), u"One entry is reminded of once"_s);
     m_isReminded = m_isReminded || reminders > 0;

@@ -67,8 +67,8 @@ private:
 
     const QString m_folder;
     bool m_hasTray = true;
-    QString m_shownEntry; ///< At the last tick.
-    bool m_isReminded = false;
+    QString m_shownEntry;
+    bool m_isReminded = false; ///< Of that entry.
 };
 
 } // namespace korvo::campaign
