@@ -207,12 +207,12 @@ template <typename Figure> Footprint::Thirds Footprint::thirds(Figure figure) co
 
 void Footprint::check() const
 {
-    constexpr double heapAllowance = 0.25 * mebibyte;
-    constexpr double anonymousAllowance = 4 * mebibyte; // Pages come into use late; what leaks is in the heap.
     constexpr double fileAllowance = 3;
     const auto files = thirds(&ProcessFigures::files);
     promise(files.last - files.first <= fileAllowance, u"The number of open files does not grow: "_s + words());
 #ifndef __SANITIZE_ADDRESS__ // It keeps freed memory back, and looks for leaks itself.
+    constexpr double heapAllowance = 0.25 * mebibyte;
+    constexpr double anonymousAllowance = 4 * mebibyte; // Pages come into use late; what leaks is in the heap.
     const auto heap = thirds(&ProcessFigures::heap);
     promise(heap.last - heap.first <= heapAllowance, u"The heap does not grow: "_s + words());
     const auto anonymous = thirds(&ProcessFigures::anonymous);

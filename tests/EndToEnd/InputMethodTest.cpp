@@ -3,8 +3,9 @@
 #include "Platform/XDesktop.h"
 
 #include <QDBusConnection>
-#include <QDBusInterface>
 #include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusReply>
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
@@ -45,9 +46,11 @@ private:
     /// Whether the keys of the field that has the keyboard go through the input method.
     static bool isInUse()
     {
-        QDBusInterface bus(u"org.freedesktop.IBus"_s, u"/org/freedesktop/IBus"_s, u"org.freedesktop.IBus"_s,
-                           QDBusConnection(QString::fromLatin1(busName)));
-        const auto field = bus.property("CurrentInputContext").value<QDBusObjectPath>().path();
+        auto call = QDBusMessage::createMethodCall(u"org.freedesktop.IBus"_s, u"/org/freedesktop/IBus"_s,
+                                                   u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
+        call << u"org.freedesktop.IBus"_s << u"CurrentInputContext"_s;
+        const QDBusReply<QVariant> reply = QDBusConnection(QString::fromLatin1(busName)).call(call);
+        const auto field = reply.value().value<QDBusObjectPath>().path();
         return field.contains(u"InputContext_"_s) && !field.endsWith(u"_1"_s); // The first one stands for no program.
     }
 

@@ -19,7 +19,7 @@ constexpr QColor panelGround(20, 20, 20);
 /// A length of the panel's in pixels of the screen.
 int scaled(int length)
 {
-    return qRound(length * qApp->devicePixelRatio());
+    return qRound(length * qGuiApp->devicePixelRatio());
 }
 
 } // namespace

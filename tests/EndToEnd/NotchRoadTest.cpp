@@ -25,7 +25,7 @@ const QPoint farAway(100, 600);
 
 double scale()
 {
-    return qApp->devicePixelRatio();
+    return qGuiApp->devicePixelRatio();
 }
 
 QPoint toDevice(const QPoint &point)
