@@ -5,7 +5,9 @@
 #include "Views/Theme.h"
 
 #include <QGuiApplication>
+#include <QImage>
 #include <QJsonArray>
+#include <QPixmap>
 #include <QScreen>
 #include <QTest>
 
@@ -24,6 +26,25 @@ bool typeText(const QString &text)
 {
     return run(u"xdotool"_s, {u"type"_s, u"--delay"_s, u"20"_s, text});
 }
+
+/// How much of the screen has that colour, in pixels.
+int countOnScreen(const QColor &color)
+{
+    const auto picture = qApp->primaryScreen()->grabWindow(0).toImage().convertToFormat(QImage::Format_RGB32);
+    int count = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        const auto *const line = reinterpret_cast<const QRgb *>(picture.constScanLine(y));
+        count += int(std::count(line, line + picture.width(), color.rgb()));
+    }
+    return count;
+}
+
+int screenArea()
+{
+    const auto size = qApp->primaryScreen()->size();
+    return size.width() * size.height();
+}
+
 } // namespace
 
 /// A locked screen: a program that covers it all and has both the keyboard and the pointer to itself.
@@ -35,6 +56,8 @@ private slots:
 
     void theTimerGoesOnBehindTheLockAndTheProgramAnswersAfterIt();
     void anOpenQuickAddPanelStaysAndLearnsNothingOfThePassword();
+    void nothingShinesThroughTheLock_data();
+    void nothingShinesThroughTheLock();
 
 private:
     bool lock();
@@ -136,6 +159,37 @@ void ScreenLockTest::anOpenQuickAddPanelStaysAndLearnsNothingOfThePassword()
     QVERIFY(typeText(u"the framer"_s));
     QVERIFY(typeKeys(u"Return"_s));
     QTRY_COMPARE_WITH_TIMEOUT(m_world->runningTask(), u"Call the framer"_s, patience);
+}
+
+void ScreenLockTest::nothingShinesThroughTheLock_data()
+{
+    QTest::addColumn<bool>("isNotch");
+    QTest::newRow("of an open panel") << false;
+    QTest::newRow("of the notch") << true;
+}
+
+void ScreenLockTest::nothingShinesThroughTheLock()
+{
+    QFETCH(const bool, isNotch);
+    const auto isWhole = [] { return countOnScreen(lockGround) == screenArea(); };
+    if (isNotch) {
+        cleanup();
+        m_world = std::make_unique<AttachedKorvo>();
+        m_world->arguments = QStringList(u"--notch"_s);
+        QVERIFY(m_world->startWorkspace());
+        QVERIFY(m_world->startKorvo());
+    } else {
+        QVERIFY(clickAt(m_ring));
+        QTRY_VERIFY_WITH_TIMEOUT(isPanelShown(), patience);
+    }
+    QVERIFY(lock());
+    QTRY_VERIFY_WITH_TIMEOUT(isWhole(), patience);
+    for (int count = 0, before = polls(); count < 3; ++count) {
+        const int now = before + count + 1;
+        QTRY_VERIFY_WITH_TIMEOUT(polls() >= now, patience);
+        QVERIFY(isWhole()); // Also while what is behind it changes.
+    }
+    QVERIFY(unlock());
 }
 
 int main(int argc, char **argv)
