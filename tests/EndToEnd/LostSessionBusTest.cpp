@@ -4,6 +4,9 @@
 #include "Platform/XDesktop.h"
 #include "Views/Theme.h"
 
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusReply>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QJsonArray>
@@ -17,6 +20,16 @@ using namespace korvo;
 namespace {
 constexpr int patience = AttachedKorvo::patience;
 constexpr QColor cardGround(10, 10, 10); // Of the quick-add panel.
+
+/// The names that programs have on a bus.
+QStringList namesOn(const QString &address)
+{
+    const auto connection = u"names"_s;
+    const QStringList names = QDBusConnection::connectToBus(address, connection).interface()->registeredServiceNames();
+    QDBusConnection::disconnectFromBus(connection);
+    return names;
+}
+
 } // namespace
 
 /// The whole program without what it says and hears over the session's bus.
@@ -77,6 +90,14 @@ void LostSessionBusTest::theUserGoesOnWithoutABus()
     const auto then = polls();
     QTRY_VERIFY_WITH_TIMEOUT(polls() > then + 1, patience);
     QCOMPARE(world.process().state(), QProcess::Running);
+    QVERIFY(!world.log().contains(u"[FAULT]"_s));
+    if (!isThereFirst)
+        return;
+
+    // The next bus at that address gets the item.
+    QVERIFY(bus.start());
+    const auto item = u"org.kde.StatusNotifierItem-%1-"_s.arg(world.process().processId());
+    QTRY_VERIFY_WITH_TIMEOUT(!namesOn(bus.address()).filter(item).isEmpty(), patience);
     QVERIFY(!world.log().contains(u"[FAULT]"_s));
 }
 

@@ -213,11 +213,13 @@ void QuickAddRoadTest::aDeadKeyAndItsLetterMakeOneCharacter()
 void QuickAddRoadTest::thePanelStandsOnTheMonitorOfTheWindowThatHasTheKeyboard()
 {
     const auto xrandr = [](const QStringList &arguments) { return run(u"xrandr"_s, arguments); };
-    QVERIFY(xrandr({u"--setmonitor"_s, u"left"_s, u"640/169x800/211+0+0"_s, u"screen"_s}));
-    QVERIFY(xrandr({u"--setmonitor"_s, u"right"_s, u"640/169x800/211+640+0"_s, u"none"_s}));
+    const int scale = qRound(qApp->devicePixelRatio()); // Of a screen of so many times 1280 by 800 pixels.
+    const auto half = u"%1/169x%2/211+%3+0"_s.arg(640 * scale).arg(800 * scale);
+    QVERIFY(xrandr({u"--setmonitor"_s, u"left"_s, half.arg(0), u"screen"_s}));
+    QVERIFY(xrandr({u"--setmonitor"_s, u"right"_s, half.arg(640 * scale), u"none"_s}));
     QVERIFY(run(u"xdotool"_s, {u"mousemove"_s, u"100"_s, u"400"_s}));
-    for (const int middle : {960, 320}) {
-        QVERIFY(m_other->showFocusedWindow({middle - 150, 560, 300, 200}));
+    for (const int middle : {960 * scale, 320 * scale}) {
+        QVERIFY(m_other->showFocusedWindow({middle - 150, 560 * scale, 300, 200}));
         QVERIFY(openPanel());
         QTRY_COMPARE(activeWindowName(), u"Korvo"_s);
         QTRY_COMPARE_WITH_TIMEOUT(middleOfActiveWindow(), middle, patience); // Korvo may still learn of the monitors.

@@ -115,7 +115,7 @@ void LinuxPlatformTest::theWindowSystemIsX11WhereThereIsADisplay_data()
     QTest::addColumn<QString>("display");
     QTest::addColumn<QString>("chosen");
     QTest::addColumn<QByteArray>("platform");
-    QTest::newRow("a display") << u":7"_s << QString() << "xcb\n"_ba;
+    QTest::newRow("a display") << u":7"_s << QString() << "xcb;wayland\n"_ba;
     QTest::newRow("a display, and the user says otherwise") << u":7"_s << u"wayland"_s << "wayland\n"_ba;
     QTest::newRow("no display") << QString() << QString() << "\n"_ba;
 }

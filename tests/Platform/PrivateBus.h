@@ -9,17 +9,17 @@ namespace korvo {
 /// A message bus of one test, on which no service is started by itself, and which may die before the test does.
 class PrivateBus {
 public:
-    /// False if it doesn't come up.
+    /// Also after it was killed: then another one comes up at the same address. False if it doesn't.
     bool start();
 
     /// As a crash would end it: nobody is told goodbye. False if it doesn't end.
     bool kill();
 
-    QString address() const { return m_address; }
+    /// Without the bus's own mark, as desktops give it, so that the next bus there is as good.
+    QString address() const;
 
 private:
     const QTemporaryDir m_folder; // Outlives the bus, which removes its socket.
-    QString m_address;
     QProcess m_daemon;
 };
 

@@ -56,6 +56,8 @@ public:
     {
         auto item = std::make_unique<TrayStatusItem>();
         m_statusItem = item.get();
+        // A second start is to find this one on the new bus too.
+        QObject::connect(item.get(), &TrayStatusItem::busReturned, &m_singleInstance, &BusSingleInstance::claimAgain);
         return item;
     }
     std::unique_ptr<KeyGrabber> makeKeyGrabber() override { return makeDesktopKeyGrabber(); }
@@ -93,7 +95,7 @@ private:
 void preferX11()
 {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && !qEnvironmentVariableIsEmpty("DISPLAY"))
-        qputenv("QT_QPA_PLATFORM", "xcb");
+        qputenv("QT_QPA_PLATFORM", "xcb;wayland"); // Where the display doesn't answer, without X11 after all.
 }
 
 } // namespace

@@ -132,6 +132,14 @@ void BusSingleInstance::release()
     m_object.release()->deleteLater();
 }
 
+void BusSingleInstance::claimAgain()
+{
+    if (!m_object)
+        return;
+    m_object.reset();
+    claim();
+}
+
 bool BusSingleInstance::claim()
 {
     if (m_object)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Freedesktop/SessionBus.h"
 #include "Platform/SingleInstance.h"
 
 #include <QDBusConnection>
@@ -18,11 +19,14 @@ public:
     using Bus = QDBusConnection (*)();
 
     /// Asks for the bus when it is first needed, since there may be no application object before.
-    explicit BusSingleInstance(Bus bus = &QDBusConnection::sessionBus, QObject *parent = nullptr);
+    explicit BusSingleInstance(Bus bus = &currentSessionBus, QObject *parent = nullptr);
     ~BusSingleInstance() override;
 
     bool claim() override;
     void release() override;
+
+    /// Takes the name again, if it was this program's, on a bus that has come in the place of the former one.
+    void claimAgain();
 
 private:
     class Object;

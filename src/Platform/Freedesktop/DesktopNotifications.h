@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Freedesktop/SessionBus.h"
 #include "Platform/NotificationCenter.h"
 
 #include <QDBusConnection>
@@ -16,7 +17,7 @@ public:
     using Bus = QDBusConnection (*)();
 
     /// Asks for the bus when it is first needed, since there may be no application object before.
-    explicit DesktopNotifications(Bus bus = &QDBusConnection::sessionBus, QObject *parent = nullptr);
+    explicit DesktopNotifications(Bus bus = &currentSessionBus, QObject *parent = nullptr);
 
     /// Nothing to ask on these desktops: whoever wants no notifications tells the desktop so.
     void requestAuthorization() override { }

@@ -68,6 +68,7 @@ StatusNotifierItem::StatusNotifierItem(QObject *parent) : StatusItem(parent)
     connect(&m_bus->registration, &StatusNotifierRegistration::indicatorServicesChanged, this,
             [this] { m_bus->object.setFileReaders(m_bus->registration.indicatorServices()); });
     connect(&m_bus->registration, &StatusNotifierRegistration::stateChanged, this, &StatusNotifierItem::followState);
+    connect(&m_bus->registration, &StatusNotifierRegistration::disconnected, this, &StatusNotifierItem::disconnected);
 }
 
 StatusNotifierItem::~StatusNotifierItem() = default;
@@ -106,6 +107,11 @@ bool StatusNotifierItem::isShown() const
 StatusNotifierRegistration::State StatusNotifierItem::state() const
 {
     return m_bus->registration.state();
+}
+
+bool StatusNotifierItem::isConnected() const
+{
+    return m_bus->own.connection().isConnected();
 }
 
 void StatusNotifierItem::followState()

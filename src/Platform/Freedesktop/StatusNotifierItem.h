@@ -31,8 +31,12 @@ public:
     /// What became of the item's registration.
     StatusNotifierRegistration::State state() const;
 
+    /// False where there is no session bus, or no longer the one that there was when the item was made.
+    bool isConnected() const;
+
 signals:
     void stateChanged();
+    void disconnected();
 
 private:
     void followState();

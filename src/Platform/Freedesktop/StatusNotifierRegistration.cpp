@@ -144,6 +144,7 @@ void StatusNotifierRegistration::askForHost()
 void StatusNotifierRegistration::receiveDisconnected()
 {
     setWatcher({});
+    emit disconnected();
 }
 
 void StatusNotifierRegistration::update()

@@ -30,6 +30,7 @@ public:
 
 signals:
     void stateChanged();
+    void disconnected(); ///< The bus has gone; this connection will never see it again.
     void indicatorServicesChanged();
 
 private slots:

@@ -2,6 +2,7 @@
 
 #include "Platform/DockTile.h"
 #include "Platform/Freedesktop/LauncherEntry.h"
+#include "Platform/Freedesktop/SessionBus.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -17,7 +18,7 @@ class TaskBarTile final : public DockTile {
     Q_OBJECT
 public:
     /// Makes nothing before it is to be present, since there may be no application object.
-    explicit TaskBarTile(LauncherEntry::Bus bus = &QDBusConnection::sessionBus, QObject *parent = nullptr);
+    explicit TaskBarTile(LauncherEntry::Bus bus = &currentSessionBus, QObject *parent = nullptr);
     ~TaskBarTile() override;
 
     void setPresent(bool isPresent) override;

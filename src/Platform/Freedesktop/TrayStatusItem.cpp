@@ -18,9 +18,9 @@ TrayStatusItem::TrayStatusItem(MakeItem makeFallback, QObject *parent) :
     m_patience.setSingleShot(true);
     m_patience.setInterval(patience);
     connect(&m_patience, &QTimer::timeout, this, &TrayStatusItem::fallBack);
-    connect(m_notifier.get(), &StatusItem::activated, this, &StatusItem::activated);
-    connect(m_notifier.get(), &StatusItem::menuOpened, this, &StatusItem::menuOpened);
-    connect(m_notifier.get(), &StatusNotifierItem::stateChanged, this, &TrayStatusItem::followNotifier);
+    m_reconnect.setInterval(reconnectInterval);
+    connect(&m_reconnect, &QTimer::timeout, this, &TrayStatusItem::reconnect);
+    listenToNotifier();
     followNotifier(); // With no bus there will be no signal.
 }
 
@@ -68,6 +68,31 @@ void TrayStatusItem::setMenu(const QList<StatusMenuEntry> &menu)
     m_notifier->setMenu(menu);
     if (m_fallback)
         m_fallback->setMenu(menu);
+}
+
+void TrayStatusItem::listenToNotifier()
+{
+    connect(m_notifier.get(), &StatusItem::activated, this, &StatusItem::activated);
+    connect(m_notifier.get(), &StatusItem::menuOpened, this, &StatusItem::menuOpened);
+    connect(m_notifier.get(), &StatusNotifierItem::stateChanged, this, &TrayStatusItem::followNotifier);
+    connect(m_notifier.get(), &StatusNotifierItem::disconnected, &m_reconnect, [this] { m_reconnect.start(); });
+}
+
+/// A connection that broke stays broken, so the item is made once more on a new one.
+void TrayStatusItem::reconnect()
+{
+    auto notifier = std::make_unique<StatusNotifierItem>();
+    if (!notifier->isConnected())
+        return; // The timer goes on.
+    m_reconnect.stop();
+    m_notifier = std::move(notifier);
+    m_notifier->setImage(m_image);
+    m_notifier->setTitle(m_title);
+    m_notifier->setToolTip(m_headline, m_text);
+    m_notifier->setMenu(m_menu);
+    listenToNotifier();
+    followNotifier();
+    emit busReturned();
 }
 
 void TrayStatusItem::followNotifier()

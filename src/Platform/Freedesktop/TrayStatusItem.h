@@ -13,7 +13,8 @@ namespace korvo {
 class StatusNotifierItem;
 
 /// The status item of this desktop, whatever tray it has: a StatusNotifierItem where a watcher of these has a host, else
-/// an XEmbed icon, which waits for a tray if there is none. Moves from one to the other as trays come and go.
+/// an XEmbed icon, which waits for a tray if there is none. Moves from one to the other as trays come and go, and looks
+/// for the session bus again if that is started anew.
 class TrayStatusItem final : public StatusItem {
     Q_OBJECT
 public:
@@ -21,6 +22,9 @@ public:
 
     /// How long a tray that went may stay away, as one does that is started anew, before another one is looked for.
     static constexpr std::chrono::milliseconds patience{1500};
+
+    /// How often a session bus that died is looked for.
+    static constexpr std::chrono::milliseconds reconnectInterval{3000};
 
     explicit TrayStatusItem(QObject *parent = nullptr); ///< Falls back on XEmbed.
     explicit TrayStatusItem(MakeItem makeFallback, QObject *parent = nullptr);
@@ -33,8 +37,14 @@ public:
     QRect button() const override;
     bool isShown() const override { return m_isShown; }
 
+signals:
+    /// A session bus has come in the place of the one that died.
+    void busReturned();
+
 private:
+    void listenToNotifier();
     void followNotifier();
+    void reconnect();
     void fallBack();
     void updateShown();
 
@@ -42,6 +52,7 @@ private:
     std::unique_ptr<StatusNotifierItem> m_notifier;
     std::unique_ptr<StatusItem> m_fallback;
     QTimer m_patience;
+    QTimer m_reconnect; ///< Runs while the bus is lost.
     bool m_wasShownByNotifier = false;
     bool m_isShown = false;
 

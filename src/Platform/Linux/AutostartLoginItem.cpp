@@ -132,8 +132,7 @@ std::optional<QString> AutostartLoginItem::registerItem()
     if (entry.value(mateSwitch))
         entry.setValue(mateSwitch, u"true"_s);
     includePresentDesktop(entry);
-    if (entry.value("TryExec"_ba))
-        entry.setValue("TryExec"_ba, program()); // A former place of the program would switch the entry off.
+    entry.setValue("TryExec"_ba, program()); // Once the program is removed, the entry is ignored.
 
     const auto text = entry.text();
     QSaveFile file(m_path); // Follows a link, and replaces the file in one step.
