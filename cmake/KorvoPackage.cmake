@@ -19,4 +19,6 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS ca-certificates)
 # A bus for the tray, a browser for links, and the theme in which desktops look for the icon.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "default-dbus-session-bus | dbus-session-bus, hicolor-icon-theme, xdg-utils")
+# For a session of Wayland without X11, which the user asks for by QT_QPA_PLATFORM.
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "qt6-wayland")
 include(CPack)

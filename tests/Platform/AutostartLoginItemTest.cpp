@@ -117,7 +117,7 @@ void AutostartLoginItemTest::registeringWritesTheEntry()
     QCOMPARE(item().registerItem(), std::nullopt);
     QCOMPARE(entry(),
              "[Desktop Entry]\nType=Application\nName=Korvo\nExec=" + m_program.toUtf8()
-                 + "\nIcon=com.korvo.app\nX-GNOME-Autostart-enabled=true\n");
+                 + "\nTryExec=" + m_program.toUtf8() + "\nIcon=com.korvo.app\nX-GNOME-Autostart-enabled=true\n");
     QVERIFY(item().status() == Status::enabled);
 }
 
@@ -278,7 +278,7 @@ void AutostartLoginItemTest::entriesMayBeForSomeDesktopsOnly()
     if (!desktop.isEmpty())
         qputenv("XDG_CURRENT_DESKTOP", desktop);
     const auto start = "[Desktop Entry]\nType=Application\nName=Korvo\nExec=" + m_program.toUtf8()
-        + "\nIcon=com.korvo.app\nX-GNOME-Autostart-enabled=true\n";
+        + "\nTryExec=" + m_program.toUtf8() + "\nIcon=com.korvo.app\nX-GNOME-Autostart-enabled=true\n";
     writeEntry(start + keys);
     QCOMPARE(int(item().status()), int(isEnabled ? Status::enabled : Status::disabled));
     QCOMPARE(item().registerItem(), std::nullopt);
@@ -337,7 +337,8 @@ void AutostartLoginItemTest::whatTheUserAddedStays()
     QCOMPARE(item().registerItem(), std::nullopt);
     QCOMPARE(entry(),
              "# Mine\n[Desktop Entry]\nType=Application\nName=Korvo\nName[de]=Zeit\nExec=" + m_program.toUtf8()
-                 + "\nX-GNOME-Autostart-Delay=10\nOnlyShowIn=MATE;\nIcon=com.korvo.app\n"
+                 + "\nX-GNOME-Autostart-Delay=10\nOnlyShowIn=MATE;\nTryExec=" + m_program.toUtf8()
+                 + "\nIcon=com.korvo.app\n"
                    "X-GNOME-Autostart-enabled=true\n\n[Desktop Action new]\nExec=new\n");
 }
 

@@ -126,13 +126,13 @@ std::optional<QString> AutostartLoginItem::registerItem()
     entry.setValue("Type"_ba, u"Application"_s);
     entry.setValue("Name"_ba, u"Korvo"_s);
     entry.setValue("Exec"_ba, *exec);
+    entry.setValue("TryExec"_ba, program()); // Once the program is removed, the entry is ignored.
     entry.setValue("Icon"_ba, u"com.korvo.app"_s);
     entry.setValue(gnomeSwitch, u"true"_s);
     entry.remove("Hidden"_ba);
     if (entry.value(mateSwitch))
         entry.setValue(mateSwitch, u"true"_s);
     includePresentDesktop(entry);
-    entry.setValue("TryExec"_ba, program()); // Once the program is removed, the entry is ignored.
 
     const auto text = entry.text();
     QSaveFile file(m_path); // Follows a link, and replaces the file in one step.
