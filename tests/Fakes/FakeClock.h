@@ -65,11 +65,11 @@ private:
         Completion<bool> done;
     };
 
-    /// The time after so many seconds; that of a wait without an end in sight is ten thousand years off.
+    /// The time after so many seconds; that of a wait without an end in sight is ten thousand years off, either way.
     QDateTime after(double seconds) const
     {
         constexpr double mostSeconds = 3.2e11;
-        return m_now.addMSecs(qRound64(std::min(seconds, mostSeconds) * 1000));
+        return m_now.addMSecs(qRound64(std::clamp(seconds, -mostSeconds, mostSeconds) * 1000));
     }
 
     QCoro::Task<bool> waitFor(Kind kind, double seconds, std::stop_token stop)
