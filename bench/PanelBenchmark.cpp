@@ -38,7 +38,8 @@ constexpr int warmUps = 50;
 constexpr int openings = 1000;
 constexpr int timedOpenings = 20;
 constexpr int restMilliseconds = 20000;
-constexpr int allowedGrowthKb = 64; // Sixteen pages: what the allocator takes and gives back from one moment to the next.
+constexpr int allowedGrowthKb
+    = 64;                        // Sixteen pages: what the allocator takes and gives back from one moment to the next.
 constexpr double noPolls = 3600; // Seconds between polls.
 
 /// The desktop as it is, whose status item is at hand to be clicked.
