@@ -94,6 +94,7 @@ private slots:
     void withANotchItsSectionIsThereAndOnlyWritesTheSetting();
     void theNotchIsLookedForOnTheFirstScreen_data();
     void theNotchIsLookedForOnTheFirstScreen();
+    void theSectionOfTheNotchFollowsTheScreens();
     void clearWritesZeroToBothAndRegistersAgain();
     void aRecordedShortcutRegistersTwice();
     void settingsThatChangeElsewhereAreFollowed();
@@ -724,6 +725,19 @@ void SettingsViewTest::theNotchIsLookedForOnTheFirstScreen()
     view().setSelectedTab(SettingsTab::general);
     settleLayout();
     QTEST(m_world->sectionTitled(u"Notch Interface"_s) != nullptr, "isThere");
+}
+
+void SettingsViewTest::theSectionOfTheNotchFollowsTheScreens()
+{
+    m_world->show(SettingsTab::general);
+    m_world->screens.setSingle(QRectF(0, 0, 1512, 982), 38);
+    m_world->screens.change();
+    settleLayout();
+    QVERIFY(m_world->sectionTitled(u"Notch Interface"_s));
+    m_world->screens.setSingle(QRectF(0, 0, 1280, 800));
+    m_world->screens.change();
+    settleLayout();
+    QVERIFY(!m_world->sectionTitled(u"Notch Interface"_s));
 }
 
 void SettingsViewTest::clearWritesZeroToBothAndRegistersAgain()
