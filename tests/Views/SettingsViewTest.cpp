@@ -89,6 +89,7 @@ private slots:
 
     // Tasks
     void anotherProjectRelationForgetsTheClientAndLoadsAnew();
+    void anotherProjectRelationIsWrittenFirstThenTheClientThenTheSchemaGoes();
     void pickingSelectForTheProjectRelationEmptiesBothAndLoadsNothing();
     void pickingTheSameProjectRelationChangesNothing();
     void aRelationThatLeadsNowhereTellsSoInTheExtendedFields();
@@ -620,6 +621,28 @@ void SettingsViewTest::anotherProjectRelationForgetsTheClientAndLoadsAnew()
     QVERIFY(visibleIn<BusyIndicator>(*extended).isEmpty());
     QCOMPARE(m_world->offered(u"Client Relation"_s), (QStringList{u"Select..."_s, u"Owner"_s}));
     QCOMPARE(m_world->picker(u"Client Relation"_s)->currentText(), u"Select..."_s);
+}
+
+void SettingsViewTest::anotherProjectRelationIsWrittenFirstThenTheClientThenTheSchemaGoes()
+{
+    m_world->show(SettingsTab::tasks);
+    m_world->notion.isHolding = true;
+    QList<QStringList> steps;
+    const auto note = [&] {
+        const auto mapping = store().fieldMapping();
+        const bool hasSchema = view().settingsVM().projectsSchema().has_value();
+        const bool isLoading = view().settingsVM().isLoadingProjectsSchema();
+        steps.append({mapping.taskProjectRelation, mapping.projectClientRelation, hasSchema ? u"schema"_s : QString(),
+                      isLoading ? u"loading"_s : QString()});
+    };
+    const auto writes = store().bindableFieldMapping().addNotifier(note);
+    const auto schemas = view().settingsVM().bindableProjectsSchema().addNotifier(note);
+    m_world->choose(u"Project Relation"_s, u"Team"_s);
+    QCOMPARE(steps,
+             (QList<QStringList>{{u"Team"_s, u"Client"_s, u"schema"_s, {}},
+                                 {u"Team"_s, {}, u"schema"_s, {}},
+                                 {u"Team"_s, {}, {}, {}}}));
+    QVERIFY(view().settingsVM().isLoadingProjectsSchema());
 }
 
 void SettingsViewTest::pickingSelectForTheProjectRelationEmptiesBothAndLoadsNothing()
