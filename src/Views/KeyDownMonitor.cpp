@@ -3,7 +3,7 @@
 #include "Platform/KeyboardLayout.h"
 #include "Services/GlobalHotkeyService.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QKeyEvent>
 #include <QWindow>
 
@@ -14,6 +14,8 @@
 namespace korvo {
 
 namespace {
+
+constexpr quint16 escapeKey = 53;
 
 bool isModifierKey(int key)
 {
@@ -55,6 +57,8 @@ std::optional<KeyDown> keyDownOf(const QKeyEvent &event)
 {
     if (isModifierKey(event.key()))
         return std::nullopt;
+    if (event.key() == Qt::Key_Escape) // What leaves is what the user made Escape, be it another key of the board.
+        return KeyDown{escapeKey, flagsOf(event.modifiers())};
     const auto code = KeyboardLayout::shared().keyCode(event.nativeScanCode());
     if (!code || *code > std::numeric_limits<quint16>::max())
         return std::nullopt;
@@ -70,6 +74,8 @@ KeyDownMonitor::KeyDownMonitor(Handler handler, QObject *parent) : QObject(paren
 
 bool KeyDownMonitor::eventFilter(QObject *watched, QEvent *event)
 {
+    if (QApplication::activePopupWidget())
+        return false; // A menu has the keyboard to itself, Escape included.
     if (event->type() == QEvent::ShortcutOverride && m_precedesShortcuts) {
         event->accept(); // Asked before each press: who says so wants it as a key.
         return true;

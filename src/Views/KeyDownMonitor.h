@@ -8,13 +8,14 @@ namespace korvo {
 
 /// A key that went down in a window of the program.
 struct KeyDown {
-    quint16 keyCode = 0;   ///< Virtual key code, whatever the keyboard layout.
+    quint16 keyCode = 0;   ///< Virtual key code, whatever the keyboard layout; that of Escape for any key that is one.
     quint64 modifiers = 0; ///< Flags in the Mac's numbering, of shift, control, option and command alone.
 };
 
 /// Shows the key presses of the program's own windows, repeats included, to a handler before they reach a widget, for as
-/// long as it lives. Modifier keys by themselves are none, nor is what an input method takes for itself: the text that it makes, and
-/// Escape while it composes. The handler that was installed last sees a press first; what it swallows no other one sees.
+/// long as it lives. Left out are modifier keys by themselves, what an input method takes for itself (the text that it
+/// makes, and Escape while it composes), and what goes to an open menu or list. The handler that was installed last sees
+/// a press first; what it swallows no other one sees.
 class KeyDownMonitor : public QObject {
     Q_OBJECT
 public:

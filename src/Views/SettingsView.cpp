@@ -52,7 +52,7 @@ SettingsView::SettingsView(TimerViewModel &timerVM, AppSettings &settings, HttpT
     m_sidebar(new SettingsSidebar),
     m_detail(new QStackedWidget)
 {
-    m_hasPhysicalNotch = hasPhysicalNotch();
+    lookForNotch();
     for (const auto tab : allSettingsTabs) {
         QWidget *content = nullptr;
         switch (tab) {
@@ -76,6 +76,7 @@ SettingsView::SettingsView(TimerViewModel &timerVM, AppSettings &settings, HttpT
     columns->setStretch(columns->indexOf(detail), 1);
     setLayout(columns);
     connect(m_sidebar, &SettingsSidebar::selectedTabChanged, this, &SettingsView::showDetail);
+    connect(&m_screens, &Screens::changed, this, &SettingsView::lookForNotch);
 }
 
 SettingsView::~SettingsView() = default;
@@ -92,8 +93,13 @@ void SettingsView::setSelectedTab(SettingsTab tab)
 
 void SettingsView::showDetail()
 {
-    m_hasPhysicalNotch = hasPhysicalNotch();
+    lookForNotch();
     m_detail->setCurrentIndex(int(selectedTab()));
+}
+
+void SettingsView::lookForNotch()
+{
+    m_hasPhysicalNotch = hasPhysicalNotch();
 }
 
 bool SettingsView::hasPhysicalNotch() const

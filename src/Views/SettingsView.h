@@ -57,6 +57,7 @@ private:
     using Role = QString FieldMapping::*;
 
     bool hasPhysicalNotch() const;
+    void lookForNotch();
     void showDetail();
 
     // The forms.

@@ -81,6 +81,7 @@ private slots:
     void openATickWithoutATimerDoesNothing();
     void openTheEnteringPointerCancelsTheCollapse();
     void openTheLeavingPointerWithinTheGuardDoesNothing();
+    void aCardThatNoPointerHasOpenedCollapsesAtTheFirstExit();
     void openTheLeavingPointerAfterTheGuardCollapses_data();
     void openTheLeavingPointerAfterTheGuardCollapses();
     void collapsingWithThePointerInTheFrameDoesNothing_data();
@@ -436,6 +437,17 @@ void NotchWindowControllerTest::openTheLeavingPointerWithinTheGuardDoesNothing()
     leave();
     pass(5);
     QCOMPARE(state(), NotchState::expanded);
+}
+
+void NotchWindowControllerTest::aCardThatNoPointerHasOpenedCollapsesAtTheFirstExit()
+{
+    makeController();
+    m_controller->setState(NotchState::expanded);
+    leave();
+    pass(0.299);
+    QCOMPARE(state(), NotchState::expanded);
+    pass(0.001);
+    QCOMPARE(state(), NotchState::idle);
 }
 
 void NotchWindowControllerTest::openTheLeavingPointerAfterTheGuardCollapses_data()

@@ -14,7 +14,9 @@
 #include <QTest>
 #include <QWindow>
 
+#include <functional>
 #include <memory>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace korvo;
@@ -27,12 +29,14 @@ private slots:
 
     void nothingIsShownToBeginWith();
     void thePanelIsSetUpBeforeItIsShown();
+    void itCountsAsHiddenUntilAllIsSetUp();
     void thePanelStandsAboveTheMiddleOfTheMainScreen();
     void thePanelStandsOnTheScreenWhereTheUserWorks();
     void theLowerEdgeStaysWhereItIsWhenTheTextsAreHigher();
     void withoutAScreenThePanelIsStillShown();
     void theKeyboardIsTakenOnceMoreAfterAMoment();
     void theFocusingStepFindsTheField();
+    void theFocusingStepPassesOverAFieldThatCannotBeEdited();
     void theFieldIsEmptyEachTime();
     void showDoesNothingWhileAPanelIsToBeSeen();
     void pressingTheShortcutAgainClosesThePanel();
@@ -129,6 +133,32 @@ void QuickAddWindowControllerTest::thePanelIsSetUpBeforeItIsShown()
     QCOMPARE(monitorCount(), 1);
 }
 
+/// Asks something as the panel comes on the screen, and as its key monitor is made.
+class SetUpProbe final : public QObject {
+public:
+    explicit SetUpProbe(std::function<void()> ask) : m_ask(std::move(ask)) { qApp->installEventFilter(this); }
+
+private:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        const bool isShown = event->type() == QEvent::Show && qobject_cast<QuickAddView *>(watched);
+        if (isShown || (event->type() == QEvent::ChildAdded && watched == qApp))
+            m_ask();
+        return false;
+    }
+
+    std::function<void()> m_ask;
+};
+
+void QuickAddWindowControllerTest::itCountsAsHiddenUntilAllIsSetUp()
+{
+    QList<std::pair<bool, bool>> seen; // Of the panel itself, and of the controller.
+    const SetUpProbe probe([&] { seen.append({panel().isVisible(), controller().isVisible()}); });
+    controller().show();
+    QCOMPARE(seen, (QList<std::pair<bool, bool>>{{true, false}, {true, false}}));
+    QVERIFY(controller().isVisible());
+}
+
 void QuickAddWindowControllerTest::thePanelStandsAboveTheMiddleOfTheMainScreen()
 {
     m_world->platform.fakeScreens.main = Screen{{0, 0, 1440, 900}, 0, {0, 0, 1440, 875}};
@@ -189,6 +219,16 @@ void QuickAddWindowControllerTest::theFocusingStepFindsTheField()
     field().clearFocus();
     passFocusDelay();
     QVERIFY(view().isFocused());
+}
+
+void QuickAddWindowControllerTest::theFocusingStepPassesOverAFieldThatCannotBeEdited()
+{
+    controller().show();
+    QVERIFY(QTest::qWaitForWindowActive(&panel().window));
+    field().setReadOnly(true);
+    field().clearFocus();
+    passFocusDelay();
+    QVERIFY(!field().hasFocus());
 }
 
 void QuickAddWindowControllerTest::theFieldIsEmptyEachTime()

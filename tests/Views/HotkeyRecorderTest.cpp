@@ -5,6 +5,7 @@
 #include "LookUp.h"
 #include "Services/GlobalHotkeyService.h"
 #include "Views/ShortcutField.h"
+#include "Views/Theme.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
@@ -58,6 +59,8 @@ private slots:
     void aRecordingThatNeverEndsGoesWithTheProgram();
     void theShortcutIsFollowedWhoeverChangesIt();
     void theFieldIsAsWideAsItsTextAndAtLeastAHundredPoints();
+    void theTextStandsInItsPadding();
+    void theColoursAreThoseOfThePalette_data();
     void theColoursAreThoseOfThePalette();
     void theKeyboardAloneStartsAndEndsARecording();
     void screenReadersAreToldOfTheRecording();
@@ -369,21 +372,76 @@ void HotkeyRecorderTest::theFieldIsAsWideAsItsTextAndAtLeastAHundredPoints()
     QCOMPARE(clear->x(), record->x() + record->width() + 8);
 }
 
+void HotkeyRecorderTest::theTextStandsInItsPadding()
+{
+    auto font = field().font();
+    font.setPixelSize(40);
+    field().setFont(font);
+    settleLayout();
+    const auto metrics = field().fontMetrics();
+    QCOMPARE(field().sizeHint().width(), metrics.horizontalAdvance(u"⇧⌘N"_s) + 2 * 10);
+    QCOMPARE(field().sizeHint().height(), metrics.height() + 2 * 6);
+    QCOMPARE(field().minimumSizeHint(), field().sizeHint());
+}
+
+void HotkeyRecorderTest::theColoursAreThoseOfThePalette_data()
+{
+    QTest::addColumn<bool>("isRecording");
+    QTest::addColumn<QColor>("text");
+    QTest::addColumn<QColor>("ground");
+    QTest::addColumn<QColor>("edge");
+    const QColor ink = Qt::blue;
+    const QColor accent = Qt::red;
+    // The ground ends in the middle of the line, which lets it through.
+    const auto below = theme::mixed(Qt::white, Qt::yellow, 0.5);
+    QTest::newRow("at rest") << false << ink << QColor(Qt::yellow) << theme::mixed(below, ink, 0.15);
+    const auto faint = theme::mixed(Qt::white, accent, 0.1);
+    QTest::newRow("while recording") << true << accent << faint << accent;
+}
+
 void HotkeyRecorderTest::theColoursAreThoseOfThePalette()
 {
+    QFETCH(const bool, isRecording);
+    QFETCH(const QColor, text);
+    QFETCH(const QColor, ground);
+    QFETCH(const QColor, edge);
     auto colors = m_window->palette();
+    colors.setColor(QPalette::Window, Qt::white);
+    colors.setColor(QPalette::WindowText, Qt::blue);
     colors.setColor(QPalette::Base, Qt::yellow);
     colors.setColor(QPalette::Highlight, Qt::red);
     m_window->setPalette(colors);
-    const auto ground = [this] {
-        const auto picture = field().grab().toImage();
-        return picture.pixelColor(picture.width() - 5, picture.height() / 2);
-    };
-    QCOMPARE(ground(), QColor(Qt::yellow));
-    button(u"record"_s)->click();
-    QVERIFY(ground() != QColor(Qt::yellow));
+    auto font = field().font();
+    font.setPixelSize(40); // So that some of its pixels are all ink.
+    field().setFont(font);
+    if (isRecording)
+        button(u"record"_s)->click();
+    settleLayout();
     const auto picture = field().grab().toImage();
-    QCOMPARE(picture.pixelColor(picture.width() / 2, 0), QColor(Qt::red));
+    const auto isAt = [&](int x, int y, const QColor &color) {
+        const auto found = picture.pixelColor(x, y);
+        return qAbs(found.red() - color.red()) <= 3 && qAbs(found.green() - color.green()) <= 3
+            && qAbs(found.blue() - color.blue()) <= 3;
+    };
+    const int middle = picture.height() / 2;
+    QVERIFY(isAt(5, middle, ground));
+    QVERIFY(isAt(picture.width() - 5, middle, ground));
+    QVERIFY(isAt(picture.width() / 2, 1, ground)); // The line is 1 wide.
+    QVERIFY(isAt(picture.width() / 2, 0, edge));
+    QVERIFY(isAt(0, 0, Qt::white)); // Its corners are round,
+    QVERIFY(!isAt(2, 2, ground));   // with a radius of 6.
+    QVERIFY(isAt(4, 4, ground));
+    const auto hasInk = [&](const QColor &color) {
+        for (int x = 8; x < picture.width() - 8; ++x) {
+            for (int y = 4; y < picture.height() - 4; ++y) {
+                if (isAt(x, y, color))
+                    return true;
+            }
+        }
+        return false;
+    };
+    QVERIFY(hasInk(text));
+    QVERIFY(!hasInk(isRecording ? Qt::blue : Qt::red));
 }
 
 void HotkeyRecorderTest::theKeyboardAloneStartsAndEndsARecording()

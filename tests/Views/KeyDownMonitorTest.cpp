@@ -5,6 +5,7 @@
 
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMenu>
 #include <QShortcut>
 #include <QSignalSpy>
 #include <QTest>
@@ -30,6 +31,9 @@ private slots:
     void modifierKeysByThemselvesAreNoPresses_data();
     void modifierKeysByThemselvesAreNoPresses();
     void aKeyThatNobodyKnowsIsNoPress();
+    void anyKeyThatIsEscapeHasItsKeyCode_data();
+    void anyKeyThatIsEscapeHasItsKeyCode();
+    void keysOfAnOpenMenuAreNoPresses();
     void theHandlerMayDestroyTheMonitor();
     void aShortcutOfTheWindowComesBeforeAMonitorUnlessItPrecedesThem();
 
@@ -149,6 +153,45 @@ void KeyDownMonitorTest::aKeyThatNobodyKnowsIsNoPress()
     press(Qt::Key_N, 0, {}, u"ń"_s); // As an input method sends what it has made of several presses.
     QCOMPARE(count, 0);
     QCOMPARE(m_edit->text(), u"ń"_s);
+}
+
+void KeyDownMonitorTest::anyKeyThatIsEscapeHasItsKeyCode_data()
+{
+    QTest::addColumn<quint32>("nativeScanCode");
+    QTest::newRow("Escape itself") << 53U + 8;
+    QTest::newRow("Caps Lock made to Escape") << 66U;
+    QTest::newRow("a key that nobody knows") << 0U;
+}
+
+void KeyDownMonitorTest::anyKeyThatIsEscapeHasItsKeyCode()
+{
+    QFETCH(const quint32, nativeScanCode);
+    KeyDown seen;
+    const KeyDownMonitor monitor([&seen](const KeyDown &down) {
+        seen = down;
+        return true;
+    });
+    press(Qt::Key_Escape, nativeScanCode, Qt::ShiftModifier);
+    QCOMPARE(seen.keyCode, quint16(53));
+    QCOMPARE(seen.modifiers, quint64(GlobalHotkeyService::shiftFlag));
+}
+
+void KeyDownMonitorTest::keysOfAnOpenMenuAreNoPresses()
+{
+    int count = 0;
+    KeyDownMonitor monitor([&count](const KeyDown &) { return ++count > 0; });
+    monitor.precedeShortcuts();
+    QMenu menu(m_edit.get());
+    menu.addAction(u"Paste"_s);
+    menu.popup(m_edit->mapToGlobal(QPoint(4, 4)));
+    QTRY_COMPARE(QApplication::activePopupWidget(), &menu);
+    press(Qt::Key_Down, 125 + 8);
+    QCOMPARE(menu.activeAction(), menu.actions().first());
+    press(Qt::Key_Escape, 53 + 8);
+    QTRY_VERIFY(!menu.isVisible());
+    QCOMPARE(count, 0);
+    press(Qt::Key_Escape, 53 + 8);
+    QCOMPARE(count, 1);
 }
 
 void KeyDownMonitorTest::theHandlerMayDestroyTheMonitor()

@@ -10,6 +10,7 @@
 #include <QImage>
 #include <QInputMethodEvent>
 #include <QLineEdit>
+#include <QPainterPath>
 #include <QTest>
 
 #include <memory>
@@ -271,6 +272,7 @@ void QuickAddViewTest::theInputRowIsSetAsItShould()
 {
     const auto *plus = visibleIn<SymbolIcon>(*m_view).value(0);
     QCOMPARE(plus->symbol(), Symbol::plusCircle);
+    QCOMPARE(plus->textSize(), 18);
     QCOMPARE(inkOf(plus), theme::faded(theme::systemGreen, 0.4));
     QCOMPARE(placeInCard(plus).left(), 20);
     QCOMPARE(placeInCard(&field()).left(), placeInCard(plus).right() + 1 + 12);
@@ -319,6 +321,12 @@ void QuickAddViewTest::aBadgeIsSetAsItShould()
         QCOMPARE(placeIn(*badge, text), badge->rect().adjusted(6, 3, -6, -3));
         QCOMPARE(badge->color(), theme::white(0.06));
         QCOMPARE(badge->radius(), 4.0);
+        // A line of white at 0.08 around a ground of white at 0.06, on the card.
+        const QRect place = placeInCard(badge);
+        const int ground = colorAt({place.left() + 3, place.center().y()}).red();
+        const int line = colorAt({place.left(), place.center().y()}).red();
+        QVERIFY2(qAbs(ground - 25) <= 1, qPrintable(QString::number(ground)));
+        QVERIFY2(qAbs(line - 43) <= 1, qPrintable(QString::number(line)));
     }
 }
 
@@ -326,7 +334,12 @@ void QuickAddViewTest::theCardIsNearlyBlackWithRoundedCorners()
 {
     QCOMPARE(colorAt({260, 8}), QColor(10, 10, 10));
     QVERIFY(colorAt({0, 0}).alpha() < 255); // The shadow alone.
+    QVERIFY(colorAt({4, 4}).alpha() < 255);
     QCOMPARE(colorAt({6, 6}).alpha(), 255);
+    QPainterPath corners;
+    corners.addRoundedRect(0, 0, 520, 90, 16, 16);
+    QCOMPARE(QuickAddView::outline({520, 90}), corners);
+    QCOMPARE(childIn(*m_view, u"rule"_s)->findChild<RoundedBox *>()->color(), theme::white(0.04));
     const QColor edge = colorAt({260, 0});
     QCOMPARE(edge.alpha(), 255);
     QVERIFY2(qAbs(edge.red() - 30) <= 1, qPrintable(edge.name())); // White at 0.08 on it.

@@ -7,6 +7,7 @@
 #include "Views/LinkText.h"
 #include "Views/SettingField.h"
 #include "Views/SettingsSidebar.h"
+#include "Views/Theme.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -105,6 +106,7 @@ private slots:
     void theLastControlCanBeScrolledTo_data() { addTabs(); }
     void theLastControlCanBeScrolledTo();
     void theWheelOverAPickerIsLeftToThePage();
+    void textsHaveTheSizesOfTheSystem();
     void coloursFollowThePalette();
     void arrowKeysWalkThroughTheTabs();
     void tabWalksThroughEveryControlOfATab_data() { addTabs(); }
@@ -331,6 +333,36 @@ void SettingsLayoutTest::theWheelOverAPickerIsLeftToThePage()
     QCoreApplication::sendEvent(picker, &event);
     QVERIFY(!event.isAccepted());
     QCOMPARE(picker->currentText(), u"Date"_s);
+}
+
+void SettingsLayoutTest::textsHaveTheSizesOfTheSystem()
+{
+    auto body = QApplication::font();
+    body.setPixelSize(26);
+    QApplication::setFont(body);
+    showAll(SettingsTab::connection);
+    const auto sizeOf = [](const QWidget *text) { return text ? text->font().pixelSize() : 0; };
+    const auto textOf = [this](const QString &words) {
+        for (auto *text : visibleIn<FormText>(view())) {
+            if (text->text().startsWith(words))
+                return text;
+        }
+        return static_cast<FormText *>(nullptr);
+    };
+    QCOMPARE(sizeOf(textOf(u"API Key"_s)), 26);
+    QCOMPARE(sizeOf(textOf(u"Invalid API key"_s)), 26);
+    const int callout = sizeOf(m_world->child<LinkText>(u"hint"_s));
+    QCOMPARE(callout, 24);
+    view().setSelectedTab(SettingsTab::tasks);
+    settleLayout();
+    const int caption = sizeOf(m_world->child<FormText>(u"error"_s));
+    QVERIFY(caption >= 20 && caption < callout);
+    view().setSelectedTab(SettingsTab::general);
+    settleLayout();
+    for (const auto &words : {u"When enabled, the Dock icon"_s, u"Shows timer around"_s}) {
+        QCOMPARE(sizeOf(textOf(words)), caption);
+        QCOMPARE(textOf(words)->ink(), theme::secondaryOn(view().palette()));
+    }
 }
 
 void SettingsLayoutTest::coloursFollowThePalette()

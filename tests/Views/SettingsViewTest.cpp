@@ -29,6 +29,14 @@ const QString trackerCall = u"GET /databases/tracker"_s;
 const QString tasksCall = u"GET /databases/tasks"_s;
 const QString projectsCall = u"GET /databases/projects"_s;
 
+/// A tab for each of the two databases that are tracked.
+void addDatabaseTabs()
+{
+    QTest::addColumn<SettingsTab>("tab");
+    QTest::newRow("Time Tracker") << SettingsTab::timeTracker;
+    QTest::newRow("Tasks") << SettingsTab::tasks;
+}
+
 } // namespace
 
 class SettingsViewTest : public QObject {
@@ -65,8 +73,9 @@ private slots:
     void theHintOpensNotionsIntegrationsPage();
 
     // Time Tracker
-    void withoutAnIdLoadFieldsIsDisabled_data();
+    void withoutAnIdLoadFieldsIsDisabled_data() { addDatabaseTabs(); }
     void withoutAnIdLoadFieldsIsDisabled();
+    void loadFieldsLoadsAndShowsTheMapping_data() { addDatabaseTabs(); }
     void loadFieldsLoadsAndShowsTheMapping();
     void aFailedLoadTellsWhyAndKeepsThePickers();
     void pickersOfferSelectAndThePropertiesOfTheirKind();
@@ -74,11 +83,13 @@ private slots:
     void aPickWritesItsRole();
     void pickingSelectClearsTheRole();
     void aValueThatIsNotOfferedShowsNoSelectionAndStays();
+    void withoutAStatusTheStatusValuesAreHiddenAndAPickShowsThem_data();
     void withoutAStatusTheStatusValuesAreHiddenAndAPickShowsThem();
     void aRoleThatIsFilledByItselfIsShown();
 
     // Tasks
     void anotherProjectRelationForgetsTheClientAndLoadsAnew();
+    void anotherProjectRelationIsWrittenFirstThenTheClientThenTheSchemaGoes();
     void pickingSelectForTheProjectRelationEmptiesBothAndLoadsNothing();
     void pickingTheSameProjectRelationChangesNothing();
     void aRelationThatLeadsNowhereTellsSoInTheExtendedFields();
@@ -94,6 +105,7 @@ private slots:
     void withANotchItsSectionIsThereAndOnlyWritesTheSetting();
     void theNotchIsLookedForOnTheFirstScreen_data();
     void theNotchIsLookedForOnTheFirstScreen();
+    void theSectionOfTheNotchFollowsTheScreens();
     void clearWritesZeroToBothAndRegistersAgain();
     void aRecordedShortcutRegistersTwice();
     void settingsThatChangeElsewhereAreFollowed();
@@ -395,13 +407,6 @@ void SettingsViewTest::theHintOpensNotionsIntegrationsPage()
     QCOMPARE(browser.opened.size(), 1);
 }
 
-void SettingsViewTest::withoutAnIdLoadFieldsIsDisabled_data()
-{
-    QTest::addColumn<SettingsTab>("tab");
-    QTest::newRow("Time Tracker") << SettingsTab::timeTracker;
-    QTest::newRow("Tasks") << SettingsTab::tasks;
-}
-
 void SettingsViewTest::withoutAnIdLoadFieldsIsDisabled()
 {
     QFETCH(const SettingsTab, tab);
@@ -419,17 +424,26 @@ void SettingsViewTest::withoutAnIdLoadFieldsIsDisabled()
 
 void SettingsViewTest::loadFieldsLoadsAndShowsTheMapping()
 {
+    QFETCH(const SettingsTab, tab);
+    const bool isTasks = tab == SettingsTab::tasks;
     store().setTimeTrackerDBId({});
-    m_world->show(SettingsTab::timeTracker);
+    store().setTasksDBId({});
+    m_world->show(tab);
     QVERIFY(!m_world->sectionTitled(u"Field Mapping"_s));
-    store().setTimeTrackerDBId(u"tracker"_s);
+    isTasks ? store().setTasksDBId(u"tasks"_s) : store().setTimeTrackerDBId(u"tracker"_s);
     m_world->notion.isHolding = true;
-    button(u"loadFields"_s)->click();
-    QVERIFY(button(u"loadFields"_s)->isBusy());
-    QVERIFY(!button(u"loadFields"_s)->isEnabled());
+    auto *load = button(u"loadFields"_s);
+    QCOMPARE(load->text().remove(u'&'), u"Load Fields"_s);
+    load->click();
+    QVERIFY(load->isBusy());
+    QVERIFY(!load->isEnabled());
+    QTRY_COMPARE(m_world->notion.calls(), QStringList(isTasks ? tasksCall : trackerCall));
     m_world->settle();
+    QVERIFY(!load->isBusy());
+    QVERIFY(load->isEnabled());
     QVERIFY(m_world->sectionTitled(u"Field Mapping"_s));
-    QCOMPARE(m_world->picker(u"Start Time"_s)->currentText(), u"Start"_s);
+    const auto date = isTasks ? u"Task Date"_s : u"Start Time"_s;
+    QCOMPARE(m_world->picker(date)->currentText(), isTasks ? u"Date"_s : u"Start"_s);
 }
 
 void SettingsViewTest::aFailedLoadTellsWhyAndKeepsThePickers()
@@ -462,7 +476,9 @@ void SettingsViewTest::pickersOfferSelectAndThePropertiesOfTheirKind()
     settleLayout();
     QCOMPARE(m_world->offered(u"Task Name"_s), (QStringList{select, u"Name"_s}));
     QCOMPARE(m_world->offered(u"Task Date"_s), (QStringList{select, u"Date"_s}));
-    QCOMPARE(m_world->offered(u"Timer Status"_s), (QStringList{select, u"Timer"_s}));
+    QCOMPARE(m_world->offered(u"Timer Status"_s), (QStringList{select, u"Phase"_s, u"Timer"_s}));
+    QCOMPARE(m_world->offered(u"\"Running\" value"_s), (QStringList{select, u"Tracking"_s, u"Idle"_s}));
+    QCOMPARE(m_world->offered(u"\"Stopped\" value"_s), (QStringList{select, u"Tracking"_s, u"Idle"_s}));
     QCOMPARE(m_world->offered(u"Project Relation"_s), (QStringList{select, u"Project"_s, u"Team"_s}));
     QCOMPARE(m_world->offered(u"Client Relation"_s), (QStringList{select, u"Client"_s}));
     QCOMPARE(m_world->offered(u"Total Time Rollup"_s), (QStringList{select, u"Total minutes"_s}));
@@ -533,19 +549,51 @@ void SettingsViewTest::aValueThatIsNotOfferedShowsNoSelectionAndStays()
     QCOMPARE(store().fieldMapping().ttStatusRunning, u"running"_s);
 }
 
+void SettingsViewTest::withoutAStatusTheStatusValuesAreHiddenAndAPickShowsThem_data()
+{
+    using Role = QString FieldMapping::*;
+    QTest::addColumn<SettingsTab>("tab");
+    QTest::addColumn<Role>("status");
+    QTest::addColumn<Role>("running");
+    QTest::addColumn<Role>("stopped");
+    QTest::addColumn<QString>("property");
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QString>("otherProperty");
+    QTest::addColumn<QStringList>("otherOptions");
+    QTest::newRow("Time Tracker") << SettingsTab::timeTracker << &FieldMapping::ttStatus
+                                  << &FieldMapping::ttStatusRunning << &FieldMapping::ttStatusStopped << u"Status"_s
+                                  << QStringList{u"Running"_s, u"Stopped"_s} << u"Mood"_s << QStringList(u"Good"_s);
+    QTest::newRow("Tasks") << SettingsTab::tasks << &FieldMapping::taskTimerStatus
+                           << &FieldMapping::taskTimerStatusRunning << &FieldMapping::taskTimerStatusStopped
+                           << u"Timer"_s << QStringList{u"Tracking"_s, u"Idle"_s} << u"Phase"_s
+                           << QStringList(u"Draft"_s);
+}
+
 void SettingsViewTest::withoutAStatusTheStatusValuesAreHiddenAndAPickShowsThem()
 {
-    m_world->change(&FieldMapping::ttStatus, {});
-    m_world->change(&FieldMapping::ttStatusRunning, {});
-    m_world->show(SettingsTab::timeTracker);
+    using Role = QString FieldMapping::*;
+    QFETCH(const SettingsTab, tab);
+    QFETCH(const Role, status);
+    QFETCH(const Role, running);
+    QFETCH(const Role, stopped);
+    QFETCH(const QString, property);
+    QFETCH(const QStringList, options);
+    QFETCH(const QString, otherProperty);
+    QFETCH(const QStringList, otherOptions);
+    m_world->change(status, {});
+    m_world->change(running, {});
+    m_world->change(stopped, options.last());
+    m_world->show(tab);
+    QVERIFY(m_world->sectionTitled(u"Field Mapping"_s));
     QVERIFY(!m_world->sectionTitled(u"Status Values"_s));
-    m_world->choose(u"Timer Status"_s, u"Status"_s);
+    m_world->choose(u"Timer Status"_s, property);
     QVERIFY(m_world->sectionTitled(u"Status Values"_s));
-    QCOMPARE(m_world->offered(u"\"Running\" value"_s), (QStringList{u"Select..."_s, u"Running"_s, u"Stopped"_s}));
-    m_world->choose(u"Timer Status"_s, u"Mood"_s);
-    QCOMPARE(m_world->offered(u"\"Running\" value"_s), (QStringList{u"Select..."_s, u"Good"_s}));
+    QCOMPARE(m_world->offered(u"\"Running\" value"_s), QStringList(u"Select..."_s) + options);
+    QCOMPARE(m_world->offered(u"\"Stopped\" value"_s), QStringList(u"Select..."_s) + options);
+    m_world->choose(u"Timer Status"_s, otherProperty);
+    QCOMPARE(m_world->offered(u"\"Running\" value"_s), QStringList(u"Select..."_s) + otherOptions);
     QCOMPARE(m_world->picker(u"\"Stopped\" value"_s)->currentIndex(), -1);
-    QCOMPARE(store().fieldMapping().ttStatusStopped, u"Stopped"_s);
+    QCOMPARE(store().fieldMapping().*stopped, options.last());
 }
 
 void SettingsViewTest::aRoleThatIsFilledByItselfIsShown()
@@ -573,6 +621,28 @@ void SettingsViewTest::anotherProjectRelationForgetsTheClientAndLoadsAnew()
     QVERIFY(visibleIn<BusyIndicator>(*extended).isEmpty());
     QCOMPARE(m_world->offered(u"Client Relation"_s), (QStringList{u"Select..."_s, u"Owner"_s}));
     QCOMPARE(m_world->picker(u"Client Relation"_s)->currentText(), u"Select..."_s);
+}
+
+void SettingsViewTest::anotherProjectRelationIsWrittenFirstThenTheClientThenTheSchemaGoes()
+{
+    m_world->show(SettingsTab::tasks);
+    m_world->notion.isHolding = true;
+    QList<QStringList> steps;
+    const auto note = [&] {
+        const auto mapping = store().fieldMapping();
+        const bool hasSchema = view().settingsVM().projectsSchema().has_value();
+        const bool isLoading = view().settingsVM().isLoadingProjectsSchema();
+        steps.append({mapping.taskProjectRelation, mapping.projectClientRelation, hasSchema ? u"schema"_s : QString(),
+                      isLoading ? u"loading"_s : QString()});
+    };
+    const auto writes = store().bindableFieldMapping().addNotifier(note);
+    const auto schemas = view().settingsVM().bindableProjectsSchema().addNotifier(note);
+    m_world->choose(u"Project Relation"_s, u"Team"_s);
+    QCOMPARE(steps,
+             (QList<QStringList>{{u"Team"_s, u"Client"_s, u"schema"_s, {}},
+                                 {u"Team"_s, {}, u"schema"_s, {}},
+                                 {u"Team"_s, {}, {}, {}}}));
+    QVERIFY(view().settingsVM().isLoadingProjectsSchema());
 }
 
 void SettingsViewTest::pickingSelectForTheProjectRelationEmptiesBothAndLoadsNothing()
@@ -724,6 +794,19 @@ void SettingsViewTest::theNotchIsLookedForOnTheFirstScreen()
     view().setSelectedTab(SettingsTab::general);
     settleLayout();
     QTEST(m_world->sectionTitled(u"Notch Interface"_s) != nullptr, "isThere");
+}
+
+void SettingsViewTest::theSectionOfTheNotchFollowsTheScreens()
+{
+    m_world->show(SettingsTab::general);
+    m_world->screens.setSingle(QRectF(0, 0, 1512, 982), 38);
+    m_world->screens.change();
+    settleLayout();
+    QVERIFY(m_world->sectionTitled(u"Notch Interface"_s));
+    m_world->screens.setSingle(QRectF(0, 0, 1280, 800));
+    m_world->screens.change();
+    settleLayout();
+    QVERIFY(!m_world->sectionTitled(u"Notch Interface"_s));
 }
 
 void SettingsViewTest::clearWritesZeroToBothAndRegistersAgain()

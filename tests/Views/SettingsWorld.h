@@ -49,7 +49,8 @@ public:
         return {{QStringLiteral("Name"), column(QStringLiteral("title"))},
                 {QStringLiteral("Date"), column(QStringLiteral("date"))},
                 {QStringLiteral("Timer"),
-                 choice(QStringLiteral("status"), {QStringLiteral("Running"), QStringLiteral("Stopped")})},
+                 choice(QStringLiteral("status"), {QStringLiteral("Tracking"), QStringLiteral("Idle")})},
+                {QStringLiteral("Phase"), choice(QStringLiteral("select"), {QStringLiteral("Draft")})},
                 {QStringLiteral("Project"), relation(QStringLiteral("projects"))},
                 {QStringLiteral("Team"), relation(QStringLiteral("teams"))},
                 {QStringLiteral("Total minutes"), column(QStringLiteral("rollup"))}};
